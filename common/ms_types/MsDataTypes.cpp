@@ -1,0 +1,3 @@
+#include "common/ms_types/MsDataTypes.h"
+
+#include "moc_MsDataTypes.cpp"

@@ -1,0 +1,24 @@
+#include "common/ms_types/XicWindow.h"
+
+#include "common/stable/PhysicalConstants.h"
+
+namespace zel {
+
+XicDimensions XicWindow::toXicDimensions() const
+{
+    return {{mzStart, mzEnd}, {timeStart, timeEnd}};
+}
+
+XicWindow XicWindowFactory::create(double mass,
+                                   int charge,
+                                   double mzTolerancePpm,
+                                   double timeStart,
+                                   double timeEnd,
+                                   int isotope) const
+{
+    const double mz = (mass + isotope * kCarbonIsotopeSpacingDa) / charge + kProtonMassDa;
+    const double mzHalfWidth = mz * mzTolerancePpm * 1e-6;
+    return {mz, mz - mzHalfWidth, mz + mzHalfWidth, (timeStart + timeEnd) / 2, timeStart, timeEnd};
+}
+
+} // namespace zel

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "common/stable/Export.h"
+
+namespace zel {
+
+/// Memory figures of this process.
+class ZEL_EXPORT MemoryInfo
+{
+public:
+    /// The greatest resident set size so far, in bytes; 0 where the platform does not tell.
+    unsigned long long peakProcessWorkingSet() const;
+};
+
+} // namespace zel

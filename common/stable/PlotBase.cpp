@@ -1,0 +1,371 @@
+#include "common/stable/PlotBase.h"
+
+#include "common/stable/MathUtils.h"
+
+#include <QDebug>
+#include <QFile>
+#include <QLocale>
+#include <QSaveFile>
+
+#include <algorithm>
+#include <cmath>
+
+namespace zel {
+
+namespace {
+
+bool lowerX(const QPointF& a, const QPointF& b)
+{
+    return a.x() < b.x();
+}
+
+bool lowerY(const QPointF& a, const QPointF& b)
+{
+    return a.y() < b.y();
+}
+
+using PointIterator = QList<QPointF>::const_iterator;
+
+/// The points with start <= x <= end.
+std::pair<PointIterator, PointIterator> pointsInRange(const QList<QPointF>& points,
+                                                      double start,
+                                                      double end)
+{
+    const auto first =
+        std::lower_bound(points.cbegin(), points.cend(), QPointF(start, 0.0), lowerX);
+    const auto last = std::upper_bound(first, points.cend(), QPointF(end, 0.0), lowerX);
+    return {first, last};
+}
+
+/// y at `x` of the line through two points with a.x <= x <= b.x; of two points at one x the second
+/// counts.
+double interpolate(const QPointF& a, const QPointF& b, double x)
+{
+    return a.x() == b.x() ? b.y() : a.y() + (b.y() - a.y()) * ((x - a.x()) / (b.x() - a.x()));
+}
+
+/// True when the line from `a` to `b` crosses or touches the height `y`.
+bool reaches(const QPointF& a, const QPointF& b, double y)
+{
+    return std::min(a.y(), b.y()) <= y && y <= std::max(a.y(), b.y());
+}
+
+/// The place between `a` and `b`, which lie on both sides of the height `y` or on it, where that
+/// height is taken; of a line that lies in the height the place nearest to `x`.
+double crossing(const QPointF& a, const QPointF& b, double y, double x)
+{
+    if (a.y() == b.y()) {
+        return std::clamp(x, a.x(), b.x());
+    }
+    return a.x() + (b.x() - a.x()) * ((y - a.y()) / (b.y() - a.y()));
+}
+
+/// Two numbers separated by blanks or tabs.
+std::optional<QPointF> parsePoint(const QByteArray& line)
+{
+    const QList<QByteArray> columns = line.simplified().split(' ');
+    bool xOk = false;
+    bool yOk = false;
+    const double x = columns.value(0).toDouble(&xOk);
+    const double y = columns.value(1).toDouble(&yOk);
+    if (columns.size() != 2 || !xOk || !yOk) {
+        return std::nullopt;
+    }
+    return QPointF(x, y);
+}
+
+} // namespace
+
+Calibration::~Calibration() = default;
+
+PlotBase::PlotBase(const QList<QPointF>& points)
+    : m_points(points)
+{}
+
+PlotBase::~PlotBase() = default;
+
+void PlotBase::clear()
+{
+    m_points.clear();
+}
+
+Error PlotBase::removePoint(int index, QPointF* removed)
+{
+    if (index < 0 || index >= m_points.size()) {
+        ZEL_RETURN_ERROR(
+            kBadParameterError,
+            QStringLiteral("No point %1 in a plot of %2 points").arg(index).arg(m_points.size()));
+    }
+    const QPointF point = m_points.takeAt(index);
+    if (removed != nullptr) {
+        *removed = point;
+    }
+    return kNoError;
+}
+
+void PlotBase::setPointList(const QList<QPointF>& points, Calibration* calibration)
+{
+    m_points = points;
+    if (calibration != nullptr) {
+        for (QPointF& point : m_points) {
+            point.setX(calibration->calibrate(point.x()));
+        }
+    }
+    if (!std::is_sorted(m_points.cbegin(), m_points.cend(), lowerX)) {
+        std::stable_sort(m_points.begin(), m_points.end(), lowerX);
+    }
+}
+
+Error PlotBase::getDataFromFile(const QString& path, bool sortPoints)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        ZEL_RETURN_ERROR(kFileOpenError, QStringLiteral("Could not open file %1").arg(path));
+    }
+    QList<QPointF> points;
+    for (int lineNumber = 1; !file.atEnd(); ++lineNumber) {
+        const QByteArray line = file.readLine();
+        if (line.trimmed().isEmpty()) {
+            continue;
+        }
+        const std::optional<QPointF> point = parsePoint(line);
+        if (!point) {
+            ZEL_RETURN_ERROR(
+                kFileFormatError,
+                QStringLiteral("%1, line %2: expected two numbers").arg(path).arg(lineNumber));
+        }
+        if (!sortPoints && !points.isEmpty() && point->x() < points.constLast().x()) {
+            ZEL_RETURN_ERROR(
+                kFileFormatError,
+                QStringLiteral("%1, line %2: x is not ascending").arg(path).arg(lineNumber));
+        }
+        points.append(*point);
+    }
+    setPointList(points, nullptr);
+    return kNoError;
+}
+
+Error PlotBase::saveDataToFile(QDebug& debug) const
+{
+    const QDebugStateSaver saver(debug);
+    debug.noquote().nospace() << QString::fromLatin1(toText());
+    return kNoError;
+}
+
+Error PlotBase::saveDataToFile(QIODevice* device) const
+{
+    const QByteArray text = toText();
+    if (device == nullptr || device->write(text) != text.size()) {
+        ZEL_RETURN_ERROR(kError, "Writing data failed!");
+    }
+    return kNoError;
+}
+
+Error PlotBase::saveDataToFile(const QString& path) const
+{
+    Error e;
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly)) {
+        ZEL_RETURN_ERROR(kFileOpenError, QStringLiteral("Could not open file %1").arg(path));
+    }
+    ZEL_RETURN_IF_ERROR(saveDataToFile(&file));
+    if (!file.commit()) {
+        ZEL_RETURN_ERROR(kError, "Writing data failed!");
+    }
+    return e;
+}
+
+void PlotBase::addPoint(const QPointF& point, bool sorted)
+{
+    if (sorted) {
+        m_points.insert(std::upper_bound(m_points.cbegin(), m_points.cend(), point, lowerX), point);
+    } else {
+        m_points.append(point);
+    }
+}
+
+QPointF PlotBase::getPoint(int index, bool* ok) const
+{
+    const bool exists = index >= 0 && index < m_points.size();
+    if (ok != nullptr) {
+        *ok = exists;
+    }
+    return exists ? m_points[index] : QPointF();
+}
+
+QPointF PlotBase::getMaxPoint() const
+{
+    const auto highest = std::max_element(m_points.cbegin(), m_points.cend(), lowerY);
+    return highest == m_points.cend() ? QPointF() : *highest;
+}
+
+QPointF PlotBase::getMaxTimeIntensity(double start, double end) const
+{
+    QPointF highest;
+    getMinMaxPoints_slow(start, end, nullptr, &highest);
+    return highest;
+}
+
+bool PlotBase::getMinMaxPoints_slow(double start, double end, QPointF* min, QPointF* max) const
+{
+    const auto [first, last] = pointsInRange(m_points, start, end);
+    if (first == last) {
+        return false;
+    }
+    if (min != nullptr) {
+        *min = *std::min_element(first, last, lowerY);
+    }
+    if (max != nullptr) {
+        *max = *std::max_element(first, last, lowerY);
+    }
+    return true;
+}
+
+void PlotBase::getMaxIndexList(QList<int>& out, int firstIndex, int lastIndex) const
+{
+    out.clear();
+    const int endIndex = getPointListSize() - 1;
+    const int first = std::max(firstIndex, 1);
+    const int last = lastIndex < 0 ? endIndex - 1 : std::min(lastIndex, endIndex - 1);
+    for (int i = first; i <= last; ++i) {
+        if (!(m_points[i - 1].y() < m_points[i].y())) {
+            continue;
+        }
+        int plateauEnd = i;
+        while (plateauEnd < endIndex && m_points[plateauEnd + 1].y() == m_points[i].y()) {
+            ++plateauEnd;
+        }
+        if (plateauEnd < endIndex && m_points[plateauEnd + 1].y() < m_points[i].y()) {
+            out.append(i);
+        }
+        i = plateauEnd;
+    }
+}
+
+double PlotBase::evaluate(double x, int order, int beyond) const
+{
+    if (m_points.isEmpty()) {
+        return 0.0;
+    }
+    const QPointF& firstPoint = m_points.constFirst();
+    const QPointF& lastPoint = m_points.constLast();
+    if (x < firstPoint.x()) {
+        return beyond == 1 || MathUtils::nearlyEqual(x, firstPoint.x()) ? firstPoint.y() : 0.0;
+    }
+    if (x > lastPoint.x()) {
+        return beyond == 1 || MathUtils::nearlyEqual(x, lastPoint.x()) ? lastPoint.y() : 0.0;
+    }
+    const auto right =
+        std::upper_bound(m_points.cbegin(), m_points.cend(), QPointF(x, 0.0), lowerX);
+    if (right == m_points.cbegin()) {
+        return 0.0; // x is NaN
+    }
+    const auto left = right - 1;
+    return order == 0 || right == m_points.cend() ? left->y() : interpolate(*left, *right, x);
+}
+
+double PlotBase::computeAreaNoUnitConversion(double start,
+                                             double end,
+                                             bool cutAtLimits,
+                                             ComputeAreaMethod /*method*/) const
+{
+    if (m_points.isEmpty() || !(start < end)) {
+        return 0.0;
+    }
+    const auto [first, last] = pointsInRange(m_points, start, end);
+    double area = 0.0;
+    const auto addSegment = [&area](const QPointF& a, const QPointF& b) {
+        area += (b.x() - a.x()) * (a.y() + b.y()) * 0.5;
+    };
+    const auto cut = [](const QPointF& a, const QPointF& b, double x) {
+        return QPointF(x, interpolate(a, b, x));
+    };
+
+    const bool hasPointBefore = first != m_points.cbegin();
+    const bool hasPointBehind = last != m_points.cend();
+    if (first == last) { // the range lies between two neighbouring points, or outside the plot
+        if (cutAtLimits && hasPointBefore && hasPointBehind) {
+            addSegment(cut(*(first - 1), *first, start), cut(*(first - 1), *first, end));
+        }
+        return area;
+    }
+    if (cutAtLimits && hasPointBefore) {
+        addSegment(cut(*(first - 1), *first, start), *first);
+    }
+    for (auto point = first; point + 1 != last; ++point) {
+        addSegment(*point, *(point + 1));
+    }
+    if (cutAtLimits && hasPointBehind) {
+        addSegment(*(last - 1), cut(*(last - 1), *last, end));
+    }
+    return area;
+}
+
+double PlotBase::computeAreaSecondsUnit(double start, double end, ComputeAreaMethod method) const
+{
+    constexpr double secondsPerMinute = 60.0;
+    return computeAreaNoUnitConversion(start, end, true, method) * secondsPerMinute;
+}
+
+std::pair<std::optional<QPointF>, std::optional<QPointF>> PlotBase::constantYIntersectionsAroundX(
+    double y, double x) const
+{
+    std::optional<QPointF> left;
+    std::optional<QPointF> right;
+    if (m_points.isEmpty()) {
+        return {left, right};
+    }
+    // A single point is a line from itself to itself.
+    const qsizetype lastSegment = std::max<qsizetype>(m_points.size() - 2, 0);
+    const auto endOf = [this](qsizetype segment) {
+        return m_points[std::min(segment + 1, m_points.size() - 1)];
+    };
+    const qsizetype aboveX =
+        std::upper_bound(m_points.cbegin(), m_points.cend(), QPointF(x, 0.0), lowerX) -
+        m_points.cbegin();
+
+    for (qsizetype segment = std::min(aboveX - 1, lastSegment); segment >= 0 && !left; --segment) {
+        if (reaches(m_points[segment], endOf(segment), y)) {
+            const double at = crossing(m_points[segment], endOf(segment), y, x);
+            if (at <= x) {
+                left = QPointF(at, y);
+            }
+        }
+    }
+    // From the segment that ends at x, so that a place at x itself is seen.
+    const qsizetype notBelowX =
+        std::lower_bound(m_points.cbegin(), m_points.cend(), QPointF(x, 0.0), lowerX) -
+        m_points.cbegin();
+    for (qsizetype segment = std::max<qsizetype>(notBelowX - 1, 0);
+         segment <= lastSegment && !right;
+         ++segment) {
+        if (reaches(m_points[segment], endOf(segment), y)) {
+            const double at = crossing(m_points[segment], endOf(segment), y, x);
+            if (at >= x) {
+                right = QPointF(at, y);
+            }
+        }
+    }
+    return {left, right};
+}
+
+bool PlotBase::comparePlotData(const PlotBase& other) const
+{
+    const auto same = [](const QPointF& a, const QPointF& b) {
+        return MathUtils::nearlyEqual(a.x(), b.x()) && MathUtils::nearlyEqual(a.y(), b.y());
+    };
+    return std::equal(
+        m_points.cbegin(), m_points.cend(), other.m_points.cbegin(), other.m_points.cend(), same);
+}
+
+QByteArray PlotBase::toText() const
+{
+    QByteArray text;
+    for (const QPointF& point : m_points) {
+        text += QByteArray::number(point.x(), 'g', QLocale::FloatingPointShortest) + '\t' +
+                QByteArray::number(point.y(), 'g', QLocale::FloatingPointShortest) + '\n';
+    }
+    return text;
+}
+
+} // namespace zel
