@@ -1,10 +1,10 @@
 #include "common/stable/PlotBase.h"
 
 #include "common/stable/MathUtils.h"
+#include "common/stable/NumberText.h"
 
 #include <QDebug>
 #include <QFile>
-#include <QLocale>
 #include <QSaveFile>
 
 #include <algorithm>
@@ -244,7 +244,7 @@ void PlotBase::getMaxIndexList(QList<int>& out, int firstIndex, int lastIndex) c
 
 double PlotBase::evaluate(double x, int order, int beyond) const
 {
-    if (m_points.isEmpty()) {
+    if (m_points.isEmpty() || std::isnan(x)) {
         return 0.0;
     }
     const QPointF& firstPoint = m_points.constFirst();
@@ -257,9 +257,6 @@ double PlotBase::evaluate(double x, int order, int beyond) const
     }
     const auto right =
         std::upper_bound(m_points.cbegin(), m_points.cend(), QPointF(x, 0.0), lowerX);
-    if (right == m_points.cbegin()) {
-        return 0.0; // x is NaN
-    }
     const auto left = right - 1;
     return order == 0 || right == m_points.cend() ? left->y() : interpolate(*left, *right, x);
 }
@@ -362,8 +359,7 @@ QByteArray PlotBase::toText() const
 {
     QByteArray text;
     for (const QPointF& point : m_points) {
-        text += QByteArray::number(point.x(), 'g', QLocale::FloatingPointShortest) + '\t' +
-                QByteArray::number(point.y(), 'g', QLocale::FloatingPointShortest) + '\n';
+        text += roundTripText(point.x()) + '\t' + roundTripText(point.y()) + '\n';
     }
     return text;
 }

@@ -1,0 +1,132 @@
+#include "common/stable/JsonUtils.h"
+#include "common/stable/Logging.h"
+#include "common/stable/MemoryInfo.h"
+#include "common/stable/Progress.h"
+#include "common/stable/Stringify.h"
+#include "tests/support/Matchers.h"
+
+#include <QJsonDocument>
+#include <QTextStream>
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace zel {
+
+using test::HasError;
+using test::IsOk;
+using ::testing::ElementsAre;
+
+namespace {
+
+class RecordingSink : public ProgressBarInterface
+{
+public:
+    bool isCanceled() const override { return canceled; }
+    void beginPhase(int stepCount) override { calls << "begin " << stepCount << ';'; }
+    void setText(const QString& text) override { calls << text << ';'; }
+    void stepDone() override { calls << "step;"; }
+    void endPhase() override { calls << "end;"; }
+
+    bool canceled = false;
+    QString log;
+    QTextStream calls{&log};
+};
+
+} // namespace
+
+TEST(ProgressTest, DrivesTheSinkFromOpeningToClosing)
+{
+    const auto sink = QSharedPointer<RecordingSink>::create();
+    {
+        ProgressContext context(2, sink);
+        context.setText(QStringLiteral("Working"));
+        ++context;
+        EXPECT_FALSE(context.isCanceled());
+        sink->canceled = true;
+        EXPECT_TRUE(context.isCanceled());
+    }
+    EXPECT_EQ(sink->log, QStringLiteral("begin 2;Working;step;end;"));
+    EXPECT_TRUE(isCanceled(sink));
+}
+
+TEST(ProgressTest, WithoutASinkNothingIsCanceled)
+{
+    ProgressContext context(1, {});
+    ++ ++context;
+    context.setText(QStringLiteral("unseen"));
+    EXPECT_FALSE(context.isCanceled());
+    EXPECT_FALSE(isCanceled(QSharedPointer<ProgressBarInterface>()));
+}
+
+TEST(JsonUtilsTest, GivesTypedMembersAndNamesTheKeyThatFails)
+{
+    const QJsonObject object =
+        QJsonDocument::fromJson(
+            R"({"whole": 7, "real": 7.5, "huge": 1e10, "text": "a", "list": [1, 2], "object": {"x": 1}, "nothing": null})")
+            .object();
+    const auto key = [](const char* name) { return QString::fromLatin1(name); };
+    EXPECT_EQ(test::valueOf(JsonUtils::intValue(object, key("whole"))), 7);
+    EXPECT_EQ(test::valueOf(JsonUtils::doubleValue(object, key("real"))), 7.5);
+    EXPECT_EQ(test::valueOf(JsonUtils::doubleValue(object, key("whole"))), 7.0);
+    EXPECT_EQ(test::valueOf(JsonUtils::stringValue(object, key("text"))), key("a"));
+    EXPECT_EQ(test::valueOf(JsonUtils::arrayValue(object, key("list"))).size(), 2);
+    EXPECT_EQ(test::valueOf(JsonUtils::objectValue(object, key("object"))).value(key("x")).toInt(),
+              1);
+    EXPECT_THAT(JsonUtils::checkValue(object, key("nothing")), IsOk());
+
+    for (const char* name : {"real", "huge", "text", "list", "nothing", "missing"}) {
+        const Result<int> result = JsonUtils::intValue(object, key(name));
+        EXPECT_THAT(result, HasError(kFileFormatError)) << name;
+        EXPECT_TRUE(result.error().message().contains(key(name)));
+    }
+    EXPECT_THAT(JsonUtils::stringValue(object, key("whole")), HasError(kFileFormatError));
+    EXPECT_THAT(JsonUtils::objectValue(object, key("list")), HasError(kFileFormatError));
+    EXPECT_THAT(JsonUtils::arrayValue(object, key("object")), HasError(kFileFormatError));
+    EXPECT_THAT(JsonUtils::checkValue(object, key("missing")), HasError(kFileFormatError));
+}
+
+TEST(LoggingRegistryTest, FindsCreatesAndFallsBack)
+{
+    EXPECT_STREQ(algoLog().categoryName(), "zel.algo");
+    EXPECT_EQ(&LoggingRegistry::category("zel.algo"), &algoLog());
+    EXPECT_STREQ(LoggingRegistry::category("test.unknown").categoryName(), "zel.generic");
+
+    // The name must be found by its text, not by its address, and outlive the caller's copy.
+    std::string name = "test.created";
+    const QLoggingCategory& created = LoggingRegistry::category(name.c_str(), QtWarningMsg);
+    name = "changed";
+    EXPECT_STREQ(created.categoryName(), "test.created");
+    EXPECT_EQ(&LoggingRegistry::category("test.created"), &created);
+    EXPECT_TRUE(created.isWarningEnabled());
+    EXPECT_FALSE(created.isDebugEnabled());
+}
+
+TEST(StringifyTest, ExtendsThePrefixAndKeepsEveryDigit)
+{
+    const StringifierState outer;
+    const StringifierState inner =
+        outer.extendPrefix(QStringLiteral("  ")).extendPrefix(QStringLiteral("> "));
+    EXPECT_EQ(outer.newLinePrefix(), QString());
+    EXPECT_EQ(inner.newLinePrefix(), QStringLiteral("  > "));
+    EXPECT_EQ(stringify(-42, inner), QStringLiteral("-42"));
+
+    constexpr double value = 0.1 + 0.2;
+    QString text;
+    QTextStream stream(&text);
+    stream.setRealNumberPrecision(outer.realNumberPrecision(stream.realNumberPrecision()));
+    stream << value;
+    stream.flush();
+    EXPECT_EQ(text.toDouble(), value);
+    EXPECT_EQ(outer.realNumberPrecision(20), 20);
+}
+
+TEST(MemoryInfoTest, SeesMemoryThatWasTouched)
+{
+    const unsigned long long before = MemoryInfo().peakProcessWorkingSet();
+    constexpr std::size_t touchedBytes = 64 << 20;
+    const std::vector<char> block(before + touchedBytes, 1);
+    EXPECT_GE(MemoryInfo().peakProcessWorkingSet(), before + touchedBytes / 2) << block.back();
+}
+
+} // namespace zel

@@ -1,0 +1,75 @@
+#include "common/stable/Tracer.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace zel {
+
+namespace {
+
+void unwantedWork()
+{
+    ZEL_TRACE_SCOPE(u"OTHER", "other", "unwanted");
+}
+
+void wantedWork()
+{
+    ZEL_TRACE_SCOPE(u"WANTED", "wanted", "wanted work");
+    unwantedWork();
+}
+
+/// The events of a trace file; a viewer adds the missing end of the array in the same way.
+QJsonArray readTrace(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    return QJsonDocument::fromJson(file.readAll() + "{}]").array();
+}
+
+} // namespace
+
+// Tracing is decided once per process, so the traced part runs in a second one: this same test,
+// which finds itself traced.
+TEST(TracerTest, RecordsTheScopesOfTheCategoriesThatAreSwitchedOn)
+{
+    wantedWork();
+    if (Tracer::isInitialized()) {
+        wantedWork();
+        return;
+    }
+
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("trace.json"));
+    QProcess traced;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("ZEL_TRACE_FILE"), path);
+    environment.insert(QStringLiteral("ZEL_TRACE_CATEGORIES"), QStringLiteral("WANTED,UNUSED"));
+    traced.setProcessEnvironment(environment);
+    traced.start(QCoreApplication::applicationFilePath(),
+                 {QStringLiteral("--gtest_filter=TracerTest.*")});
+    ASSERT_TRUE(traced.waitForFinished());
+    ASSERT_EQ(traced.exitCode(), 0);
+
+    const QJsonArray events = readTrace(path);
+    ASSERT_EQ(events.size(), 3) << "two scopes, and the end that the reader adds";
+    for (int i = 0; i < 2; ++i) {
+        const QJsonObject event = events[i].toObject();
+        EXPECT_EQ(event.value(QStringLiteral("name")).toString(), QStringLiteral("wanted work"));
+        EXPECT_EQ(event.value(QStringLiteral("cat")).toString(), QStringLiteral("wanted"));
+        EXPECT_EQ(event.value(QStringLiteral("ph")).toString(), QStringLiteral("X"));
+        EXPECT_GE(event.value(QStringLiteral("dur")).toDouble(-1), 0.0);
+    }
+    EXPECT_LE(events[0].toObject().value(QStringLiteral("ts")).toDouble(),
+              events[1].toObject().value(QStringLiteral("ts")).toDouble());
+}
+
+} // namespace zel
