@@ -1,0 +1,222 @@
+#include "BulkXicExtractor.h"
+
+#include "tests/support/Runs.h"
+#include "tests/support/SourceProbe.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <random>
+
+namespace zel {
+
+using msreader::MsQuery;
+using msreader::PeakPickingFilter;
+using test::HasError;
+using test::IsOk;
+using test::SourceProbe;
+using ::testing::ElementsAre;
+
+namespace {
+
+using MzSet = math::ClosedMultiInterval<double, 10>;
+using TimeSet = math::ClosedMultiInterval<double, 6>;
+using Xics = QList<QList<QPointF>>;
+
+const TimeSet kAllTimes = TimeSet::unbounded();
+
+Result<Xics> extract(msreader::MsDataSourceInterface* source, const QList<XicDimensions>& boxes, int msLevel = 1)
+{
+    return BulkXicExtractor(source).xic(boxes, msLevel, PeakPickingFilter::Centroid, {});
+}
+
+double sumAggregate(int /*groupIndex*/, const QList<double>& values)
+{
+    return std::accumulate(values.begin(), values.end(), 0.0);
+}
+
+/// The result told directly: every scan against every XIC.
+Xics slowReference(msreader::MsDataSourceInterface* source, const QList<XicDimensions>& boxes)
+{
+    Xics xics(boxes.size());
+    for (const auto& id : test::valueOf(source->scanIds(MsQuery::createByMsLevel(1)))) {
+        const double time = test::valueOf(source->scanInfoBasic(id)).retentionTimeMinutes;
+        const QList<QPointF> spectrum = test::valueOf(source->scanData(MsQuery(id, PeakPickingFilter::Centroid)));
+        for (qsizetype i = 0; i < boxes.size(); ++i) {
+            if (!boxes[i].timeInterval().contains(time)) {
+                continue;
+            }
+            double sum = 0.0;
+            for (const Interval<double>& mz : boxes[i].mzInterval().intervals()) {
+                for (const QPointF& peak : spectrum) {
+                    sum += mz.start - 1e-10 <= peak.x() && peak.x() <= mz.end + 1e-10 ? peak.y() : 0.0;
+                }
+            }
+            xics[i].append(QPointF(time, sum));
+        }
+    }
+    return xics;
+}
+
+QSharedPointer<msreader::InMemoryDataSource> randomRun(std::mt19937& random, int scanCount)
+{
+    std::uniform_real_distribution<double> uniform;
+    QList<msreader::InMemoryScan> scans;
+    for (int i = 0; i < scanCount; ++i) {
+        QList<QPointF> points;
+        for (double mz = 400.0; mz < 420.0; mz += uniform(random)) {
+            points.append(QPointF(mz, uniform(random) * 1e4));
+        }
+        scans.append(test::scanOf(i + 1, 0.01 * i, i % 17 == 0 ? QList<QPointF>() : points));
+    }
+    return test::sourceOf(scans);
+}
+
+QList<XicDimensions> randomBoxes(std::mt19937& random, int count)
+{
+    std::uniform_real_distribution<double> uniform;
+    QList<XicDimensions> boxes;
+    for (int i = 0; i < count; ++i) {
+        TimeSet time;
+        MzSet mz;
+        for (auto piece = random() % 4; piece > 0; --piece) {
+            const double start = uniform(random) * 7 - 0.5;
+            time.unite({start, start + uniform(random)});
+        }
+        for (auto piece = random() % 4; piece > 0; --piece) {
+            const double start = 399 + uniform(random) * 22;
+            mz.unite({start, start + uniform(random) * 0.5});
+        }
+        boxes.append(XicDimensions(mz, time));
+    }
+    return boxes;
+}
+
+} // namespace
+
+// Bit for bit, whatever pieces the sets have and in whichever order the scans come.
+TEST(BulkXicExtractorTest, EqualsTheDirectSumForRandomWindows)
+{
+    std::mt19937 random(11);
+    const auto source = randomRun(random, 611);
+    const QList<XicDimensions> boxes = randomBoxes(random, 300);
+    const Xics expected = slowReference(source.get(), boxes);
+    SourceProbe probe(source.get());
+    EXPECT_EQ(test::valueOf(extract(&probe, boxes)), expected);
+    EXPECT_LE(*std::max_element(probe.chunkSizes.begin(), probe.chunkSizes.end()), 250);
+    QList<msreader::MsScanId> onceEach = probe.readIds;
+    onceEach.erase(std::unique(onceEach.begin(), onceEach.end()), onceEach.end());
+    EXPECT_EQ(onceEach.size(), probe.readIds.size()) << "a scan was read twice";
+    EXPECT_LE(probe.readIds.size(), 611);
+
+    probe.reverseScanIds = true;
+    Xics reversed = test::valueOf(extract(&probe, boxes));
+    for (QList<QPointF>& xic : reversed) {
+        std::reverse(xic.begin(), xic.end());
+    }
+    EXPECT_EQ(reversed, expected);
+}
+
+TEST(BulkXicExtractorTest, ReadsInChunksOf250AndStepsOncePerChunk)
+{
+    for (const auto& [scanCount, expectedChunks] : {std::pair{250, 1}, {251, 2}, {0, 0}}) {
+        QList<double> minutes;
+        for (int i = 0; i < scanCount; ++i) {
+            minutes.append(i);
+        }
+        const auto source = test::runOf(minutes, {{500, 1}});
+        SourceProbe probe(source.get());
+        ASSERT_THAT(extract(&probe, {XicDimensions({499, 501}, kAllTimes)}), IsOk());
+        EXPECT_EQ(probe.chunkSizes.size(), expectedChunks) << scanCount << " scans";
+    }
+}
+
+TEST(BulkXicExtractorTest, TakesPeaksOnTheEdgesOfTheWindow)
+{
+    const auto source = test::runOf({1.0}, {{499.5, 1}, {500, 2}, {500.5, 4}, {501.0 + 0.9e-10, 8}, {501.1, 16}});
+    EXPECT_EQ(test::valueOf(extract(source.get(), {XicDimensions({500, 501}, kAllTimes)}))[0][0].y(), 2 + 4 + 8);
+    EXPECT_EQ(test::valueOf(extract(source.get(), {XicDimensions({500.5, 500.5}, kAllTimes)}))[0][0].y(), 4);
+}
+
+TEST(BulkXicExtractorTest, TakesScansByEachPieceOfTheTimeSet)
+{
+    const auto source = test::runOf({1, 2, 3, 4, 5 + 5e-7}, {{500, 10}});
+    TimeSet gap(1, 2);
+    gap.unite({4, 5});
+    const Xics xics = test::valueOf(extract(source.get(),
+                                            {XicDimensions({499, 501}, gap),
+                                             XicDimensions({499, 501}, {}),
+                                             XicDimensions({}, {2, 3}),
+                                             XicDimensions({600, 601}, {2, 2})}));
+    ASSERT_EQ(xics.size(), 4);
+    EXPECT_THAT(xics[0], ElementsAre(QPointF(1, 10), QPointF(2, 10), QPointF(4, 10), QPointF(5 + 5e-7, 10)));
+    EXPECT_THAT(xics[1], ElementsAre()) << "no time: an empty list in its place";
+    EXPECT_THAT(xics[2], ElementsAre(QPointF(2, 0), QPointF(3, 0))) << "no m/z: a zero for each scan";
+    EXPECT_THAT(xics[3], ElementsAre(QPointF(2, 0)));
+    EXPECT_TRUE(test::valueOf(extract(source.get(), {})).isEmpty());
+    EXPECT_EQ(test::valueOf(extract(source.get(), {XicDimensions({499, 501}, kAllTimes)}, 2)), Xics(1));
+}
+
+TEST(BulkXicExtractorTest, PassesFailuresOnAndStopsWhenCanceled)
+{
+    const auto source = test::runOf({1, 2}, {{500, 10}});
+    const QList<XicDimensions> boxes = {XicDimensions({499, 501}, kAllTimes)};
+    EXPECT_THAT(BulkXicExtractor(source.get()).xic(boxes, 1, static_cast<PeakPickingFilter>(2), {}),
+                HasError(kBadParameterError, "Profile and Centroid peak picking modes are supported only"));
+    {
+        SourceProbe probe(source.get());
+        probe.failInfoWith = Error(kFileFormatError, "broken index");
+        EXPECT_THAT(extract(&probe, boxes), HasError(kFileFormatError, "broken index"));
+    }
+    {
+        SourceProbe probe(source.get());
+        probe.failDataWith = Error(kFileFormatError, "broken scan");
+        const auto failed = extract(&probe, boxes);
+        EXPECT_THAT(failed, HasError(kFileFormatError, "broken scan"));
+        EXPECT_TRUE(failed.error().frames().constLast().function.contains(QStringLiteral("BulkXicExtractor::xic")));
+    }
+    struct CancelableSink : ProgressBarInterface
+    {
+        bool isCanceled() const override { return canceled; }
+        void beginPhase(int) override {}
+        void setText(const QString&) override {}
+        void stepDone() override {}
+        void endPhase() override {}
+        bool canceled = false;
+    };
+    const auto sink = QSharedPointer<CancelableSink>::create();
+    SourceProbe probe(source.get());
+    probe.beforeReading = [&sink] { sink->canceled = true; };
+    EXPECT_THAT(BulkXicExtractor(&probe).xic(boxes, 1, PeakPickingFilter::Centroid, sink),
+                HasError(kOperationCanceledError));
+}
+
+TEST(BulkXicExtractorTest, MergesGroupsOverTheUnionOfTheirTimes)
+{
+    const auto source = test::runOf({1, 2, 3}, {{500, 10}, {600, 100}});
+    const XicDimensions early({499, 501}, {1, 2});
+    const XicDimensions late({599, 601}, {2, 3});
+    const auto labelled = [](int groupIndex, const QList<double>& values) {
+        return 1000.0 * groupIndex + values[0] + 2 * values[1];
+    };
+    const auto merged =
+        BulkXicExtractor(source.get()).xic({{}, {early, late}, {late}}, labelled, 1, PeakPickingFilter::Centroid, {});
+    ASSERT_THAT(merged, IsOk());
+    ASSERT_EQ(merged.value().size(), 3);
+    EXPECT_THAT(merged.value()[0], ElementsAre());
+    EXPECT_THAT(merged.value()[1], ElementsAre(QPointF(1, 1010), QPointF(2, 1210), QPointF(3, 1200)));
+    EXPECT_THAT(merged.value()[2], ElementsAre(QPointF(2, 100), QPointF(3, 100))) << "one member passes unchanged";
+}
+
+TEST(BulkXicExtractorTest, ProbesTheSourceBeforeGroups)
+{
+    const auto source = test::runOf({1}, {{500, 10}});
+    SourceProbe probe(source.get());
+    const BulkXicExtractor extractor(&probe);
+    EXPECT_TRUE(test::valueOf(extractor.xic({}, sumAggregate, 1, PeakPickingFilter::Centroid, {})).isEmpty());
+    EXPECT_EQ(probe.callCount, 0) << "no group, no call";
+    probe.failRangeWith = Error(kFileOpenError, "gone");
+    EXPECT_THAT(extractor.xic({{}}, sumAggregate, 1, PeakPickingFilter::Centroid, {}), HasError(kFileOpenError, "gone"));
+}
+
+} // namespace zel
