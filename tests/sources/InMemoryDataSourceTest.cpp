@@ -1,0 +1,249 @@
+#include "tools/sources/InMemoryDataSource.h"
+
+#include "tests/support/Matchers.h"
+#include "tests/support/Spectra.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace zel::msreader {
+
+using test::HasError;
+using test::IsOk;
+using test::scanOf;
+using test::valueOf;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace {
+
+using Points = QList<QPointF>;
+using TimeSet = math::ClosedMultiInterval<double, 6>;
+using MzSet = math::ClosedMultiInterval<double, 10>;
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+QSharedPointer<InMemoryDataSource> sourceOf(const QList<InMemoryScan>& scans)
+{
+    return valueOf(InMemoryDataSource::create(scans, QStringLiteral("test")));
+}
+
+/// Two MS1 scans with an MS2 scan, number 3, in between.
+QList<InMemoryScan> plainRun()
+{
+    InMemoryScan fragments = scanOf(3, 1.1, {{150.0, 7.0}}, 2);
+    fragments.precursor.isolationMz = 500.5;
+    return {scanOf(1, 1.0, {{500.0, 10.0}, {501.0, 4.0}}),
+            fragments,
+            scanOf(2, 1.2, {{500.0, 20.0}, {502.0, 25.0}})};
+}
+
+/// Two MS1 frames of mobility scans 4, 5 and 6 (the second without 5), and an MS2 scan without d2.
+QList<InMemoryScan> mobilityRun()
+{
+    return {scanOf({1, 4}, 1.0, {{500.0, 1.0}, {600.0, 2.0}}),
+            scanOf({1, 5}, 1.0, {{400.0, 4.0}, {500.0, 8.0}}),
+            scanOf({1, 6}, 1.0, {}),
+            scanOf(3, 1.1, {{150.0, 7.0}}, 2),
+            scanOf({2, 4}, 1.2, {{500.0, 16.0}}),
+            scanOf({2, 6}, 1.2, {{500.5, 32.0}})};
+}
+
+} // namespace
+
+struct BadScans
+{
+    const char* name;
+    QList<InMemoryScan> scans;
+    const char* message;
+};
+
+void PrintTo(const BadScans& row, std::ostream* os)
+{
+    *os << row.name;
+}
+
+class InMemoryDataSourceBadScansTest : public ::testing::TestWithParam<BadScans>
+{};
+
+TEST_P(InMemoryDataSourceBadScansTest, SaysWhichScanIsWrongAndWhy)
+{
+    const auto source = InMemoryDataSource::create(GetParam().scans, QStringLiteral("bad"));
+    ASSERT_THAT(source, HasError(kBadParameterError));
+    EXPECT_THAT(source.error().message().toStdString(), HasSubstr(GetParam().message));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows,
+    InMemoryDataSourceBadScansTest,
+    ::testing::Values(
+        BadScans{"NoId", {scanOf({}, 1.0, {})}, "Scan -.-: the scan number d1 is missing"},
+        BadScans{
+            "SameId", {scanOf(7, 1.0, {}), scanOf(7, 1.1, {})}, "Scan 7: the id is not unique"},
+        BadScans{"SameIdLater",
+                 {scanOf(7, 1.0, {}), scanOf(8, 1.1, {}), scanOf(7, 1.2, {})},
+                 "Scan 7: the id is not unique"},
+        BadScans{"SameMobilityId",
+                 {scanOf({7, 1}, 1.0, {}), scanOf({7, 1}, 1.0, {})},
+                 "Scan 7.1: the id is not unique"},
+        BadScans{"FrameAndMobilityScan",
+                 {scanOf(7, 1.0, {}), scanOf({7, 1}, 1.0, {})},
+                 "Scan 7.1: the id is not unique"},
+        BadScans{"MobilityDescends",
+                 {scanOf({7, 2}, 1.0, {}), scanOf({7, 1}, 1.0, {})},
+                 "Scan 7.1: the mobility scans of a frame must ascend"},
+        BadScans{"TwoLevelsInAFrame",
+                 {scanOf({7, 1}, 1.0, {}), scanOf({7, 2}, 1.0, {}, 2)},
+                 "Scan 7.2: the scans of a frame must have one MS level"},
+        BadScans{"LevelZero", {scanOf(7, 1.0, {}, 0)}, "Scan 7: the MS level must be at least 1"},
+        BadScans{"TimeNan", {scanOf(7, kNan, {})}, "Scan 7: the retention time is not"},
+        BadScans{"TimeDescends",
+                 {scanOf(6, 1.5, {}), scanOf(7, 1.25, {})},
+                 "Scan 7: spectra out of order: the retention time 1.25 min lies before 1.5 min"},
+        BadScans{"MzNan", {scanOf(7, 1.0, {{kNan, 1.0}})}, "Scan 7: m/z must be finite"},
+        BadScans{"MzZero", {scanOf(7, 1.0, {{0.0, 1.0}})}, "Scan 7: m/z must be finite"},
+        BadScans{"MzNegative", {scanOf(7, 1.0, {{-5.0, 1.0}})}, "Scan 7: m/z must be finite"},
+        BadScans{"MzDescends",
+                 {scanOf(7, 1.0, {{500.0, 1.0}, {499.0, 1.0}})},
+                 "Scan 7: m/z must ascend, but point 1 has 499 after 500"},
+        BadScans{"IntensityNan", {scanOf(7, 1.0, {{500.0, kNan}})}, "Scan 7: intensities"},
+        BadScans{
+            "IntensityInfinite", {scanOf(7, 1.0, {{500.0, kInfinity}})}, "Scan 7: intensities"},
+        BadScans{"IntensityNegative", {scanOf(7, 1.0, {{500.0, -1.0}})}, "Scan 7: intensities"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(InMemoryDataSourceTest, SelectsScansByLevelTimeAndId)
+{
+    const auto source = sourceOf(plainRun());
+    const auto ids = [&source](const MsQuery& query) { return valueOf(source->scanIds(query)); };
+    EXPECT_THAT(ids(MsQuery::createByMsLevel(1)), ElementsAre(MsScanId(1), MsScanId(2)));
+    EXPECT_THAT(ids(MsQuery::createByMsLevel(2)), ElementsAre(MsScanId(3)));
+    EXPECT_THAT(ids(MsQuery::createByMsLevel(3)), IsEmpty());
+
+    const MzSet allMz = MzSet::unbounded();
+    // 5e-7 min outside is inside the tolerance of a set of times, 2e-6 min is not.
+    EXPECT_THAT(ids(MsQuery::createByTime({1.0000005, 1.1}, allMz, std::nullopt)),
+                ElementsAre(MsScanId(1), MsScanId(3)));
+    EXPECT_THAT(ids(MsQuery::createByTime({1.000002, 1.2}, allMz, 1)), ElementsAre(MsScanId(2)));
+    EXPECT_THAT(ids(MsQuery::createByTime(TimeSet(), allMz, std::nullopt)), IsEmpty());
+
+    EXPECT_THAT(ids(MsQuery(3, PeakPickingFilter::Profile)), ElementsAre(MsScanId(3)));
+    EXPECT_THAT(source->scanIds(MsQuery(9, PeakPickingFilter::Profile)),
+                HasError(kBadParameterError, "There is no scan 9 in test"));
+    // Without mobility there are no mobility scans to select.
+    EXPECT_THAT(ids(MsQuery::createByMsLevel(1).setD2({})), IsEmpty());
+    EXPECT_FALSE(valueOf(source->hasMobility()));
+    EXPECT_TRUE(valueOf(source->d2Range()).isEmpty());
+}
+
+TEST(InMemoryDataSourceTest, DescribesScans)
+{
+    const auto source = sourceOf(plainRun());
+    EXPECT_EQ(source->dataSourceInformation().filePath, QStringLiteral("test"));
+    EXPECT_EQ(valueOf(source->d1Range()), math::Range<long long>(1, 3));
+    EXPECT_EQ(valueOf(source->retentionTimeRange()), TimeSet(1.0, 1.2));
+
+    const auto infos = valueOf(source->scanInfoBasic({2, 1, 2}));
+    ASSERT_EQ(infos.size(), 3);
+    EXPECT_EQ(infos[0].scanId, MsScanId(2));
+    EXPECT_EQ(infos[1].retentionTimeMinutes, 1.0);
+    EXPECT_EQ(infos[2].retentionTimeMinutes, 1.2);
+    EXPECT_EQ(valueOf(source->scanInfo(3)).msLevel, 2);
+    EXPECT_EQ(valueOf(source->precursorInfo(3)).isolationMz, 500.5);
+    EXPECT_THAT(source->precursorInfo(1), HasError(kBadParameterError, "Scan 1 has no precursor"));
+    for (const MsScanId& unknown : {MsScanId(9), MsScanId(1, 1), MsScanId()}) {
+        EXPECT_THAT(source->scanInfo(unknown), HasError(kBadParameterError));
+        EXPECT_THAT(source->scanInfoBasic({1, unknown}), HasError(kBadParameterError));
+        EXPECT_THAT(source->precursorInfo(unknown), HasError(kBadParameterError));
+        EXPECT_THAT(source->scanData(MsQuery(unknown, PeakPickingFilter::Centroid)),
+                    HasError(kBadParameterError));
+    }
+}
+
+TEST(InMemoryDataSourceTest, ReadsPoints)
+{
+    const auto source = sourceOf(plainRun());
+    const auto spectra = valueOf(source->scanData(
+        {MsQuery(2, PeakPickingFilter::Profile), MsQuery(1, PeakPickingFilter::Centroid)}));
+    EXPECT_THAT(
+        spectra,
+        ElementsAre(Points{{500.0, 20.0}, {502.0, 25.0}}, Points{{500.0, 10.0}, {501.0, 4.0}}));
+    // A query for several scans gives their sum, inside its m/z set.
+    const auto sum = MsQuery::createByTime(TimeSet::unbounded(), {499.0, 501.5}, 1);
+    EXPECT_EQ(valueOf(source->scanData(sum)), (Points{{500.0, 30.0}, {501.0, 4.0}}));
+    EXPECT_THAT(valueOf(source->scanData(MsQuery::createByMsLevel(5))), IsEmpty());
+
+    EXPECT_EQ(valueOf(source->basePeakPlot()), (Points{{1.0, 10.0}, {1.2, 25.0}}));
+    const QList<XicDimensions> boxes{{{499.9, 500.1}, TimeSet::unbounded()}};
+    EXPECT_THAT(valueOf(source->xics(boxes)), ElementsAre(Points{{1.0, 10.0}, {1.2, 20.0}}));
+    const QList<XicDimensions> fragmentBoxes{{{149.9, 150.1}, TimeSet::unbounded()}};
+    EXPECT_THAT(valueOf(source->xics(fragmentBoxes, 2, PeakPickingFilter::Profile)),
+                ElementsAre(Points{{1.1, 7.0}}));
+}
+
+TEST(InMemoryDataSourceTest, GivesFramesOrMobilityScans)
+{
+    const auto source = sourceOf(mobilityRun());
+    EXPECT_TRUE(valueOf(source->hasMobility()));
+    EXPECT_EQ(valueOf(source->d2Range()), math::Range<long long>(4, 6));
+    const auto ids = [&source](const MsQuery& query) { return valueOf(source->scanIds(query)); };
+    EXPECT_THAT(ids(MsQuery::createByMsLevel(1)), ElementsAre(MsScanId(1), MsScanId(2)));
+    EXPECT_THAT(ids(MsQuery::createByTime({1.05, 1.3}, MzSet::unbounded(), {}).setD2({})),
+                ElementsAre(MsScanId(2, 4), MsScanId(2, 6)));
+    EXPECT_THAT(ids(MsQuery::createByMsLevel(1).setD2({5, 6})),
+                ElementsAre(MsScanId(1, 5), MsScanId(1, 6), MsScanId(2, 6)));
+
+    const auto points = [&source](const MsScanId& id) {
+        return valueOf(source->scanData(MsQuery(id, PeakPickingFilter::Centroid)));
+    };
+    EXPECT_EQ(points({1, 5}), (Points{{400.0, 4.0}, {500.0, 8.0}}));
+    EXPECT_THAT(points({1, 6}), IsEmpty());
+    EXPECT_EQ(points(1), (Points{{400.0, 4.0}, {500.0, 9.0}, {600.0, 2.0}}));
+    EXPECT_THAT(source->scanData(MsQuery({2, 5}, PeakPickingFilter::Centroid)),
+                HasError(kBadParameterError, "There is no scan 2.5 in test"));
+    EXPECT_EQ(valueOf(source->basePeakPlot()), (Points{{1.0, 9.0}, {1.2, 32.0}}));
+}
+
+TEST(InMemoryDataSourceTest, PicksPeaksOfProfilesOnly)
+{
+    InMemoryScan profile = scanOf(1, 1.0, {{500.0, 1.0}, {500.01, 4.0}, {500.02, 1.0}});
+    profile.info.storedAs = PeakPickingFilter::Profile;
+    InMemoryScan centroids = profile;
+    centroids.info.scanId = 2;
+    centroids.info.storedAs = PeakPickingFilter::Centroid;
+    const auto source = sourceOf({profile, centroids});
+    const auto pointCount = [&source](long long d1, PeakPickingFilter filter) {
+        return valueOf(source->scanData(MsQuery(d1, filter))).size();
+    };
+    EXPECT_EQ(pointCount(1, PeakPickingFilter::Profile), 3);
+    EXPECT_EQ(pointCount(1, PeakPickingFilter::Centroid), 1);
+    EXPECT_EQ(pointCount(2, PeakPickingFilter::Profile), 3);
+    EXPECT_EQ(pointCount(2, PeakPickingFilter::Centroid), 3);
+}
+
+TEST(InMemoryDataSourceTest, PicksPeaksOfAFrameOnTheSumOfItsScans)
+{
+    // Each mobility scan caught another part of one peak.
+    InMemoryScan left = scanOf({1, 1}, 1.0, {{500.0, 1.0}, {500.01, 4.0}});
+    InMemoryScan right = scanOf({1, 2}, 1.0, {{500.01, 4.0}, {500.02, 2.0}});
+    left.info.storedAs = PeakPickingFilter::Profile;
+    right.info.storedAs = PeakPickingFilter::Profile;
+    const auto source = sourceOf({left, right});
+    EXPECT_EQ(valueOf(source->scanData(MsQuery(1, PeakPickingFilter::Centroid))).size(), 1);
+    EXPECT_EQ(valueOf(source->scanData(MsQuery(1, PeakPickingFilter::Profile))),
+              (Points{{500.0, 1.0}, {500.01, 8.0}, {500.02, 2.0}}));
+}
+
+TEST(InMemoryDataSourceTest, MayBeEmpty)
+{
+    const auto source = sourceOf({});
+    EXPECT_TRUE(valueOf(source->d1Range()).isEmpty());
+    EXPECT_TRUE(valueOf(source->retentionTimeRange()).isEmpty());
+    EXPECT_THAT(valueOf(source->scanIds(MsQuery::createByMsLevel(1))), IsEmpty());
+    EXPECT_THAT(valueOf(source->basePeakPlot()), IsEmpty());
+}
+
+} // namespace zel::msreader
