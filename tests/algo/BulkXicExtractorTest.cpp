@@ -25,7 +25,9 @@ using Xics = QList<QList<QPointF>>;
 
 const TimeSet kAllTimes = TimeSet::unbounded();
 
-Result<Xics> extract(msreader::MsDataSourceInterface* source, const QList<XicDimensions>& boxes, int msLevel = 1)
+Result<Xics> extract(msreader::MsDataSourceInterface* source,
+                     const QList<XicDimensions>& boxes,
+                     int msLevel = 1)
 {
     return BulkXicExtractor(source).xic(boxes, msLevel, PeakPickingFilter::Centroid, {});
 }
@@ -41,7 +43,8 @@ Xics slowReference(msreader::MsDataSourceInterface* source, const QList<XicDimen
     Xics xics(boxes.size());
     for (const auto& id : test::valueOf(source->scanIds(MsQuery::createByMsLevel(1)))) {
         const double time = test::valueOf(source->scanInfoBasic(id)).retentionTimeMinutes;
-        const QList<QPointF> spectrum = test::valueOf(source->scanData(MsQuery(id, PeakPickingFilter::Centroid)));
+        const QList<QPointF> spectrum =
+            test::valueOf(source->scanData(MsQuery(id, PeakPickingFilter::Centroid)));
         for (qsizetype i = 0; i < boxes.size(); ++i) {
             if (!boxes[i].timeInterval().contains(time)) {
                 continue;
@@ -49,7 +52,8 @@ Xics slowReference(msreader::MsDataSourceInterface* source, const QList<XicDimen
             double sum = 0.0;
             for (const Interval<double>& mz : boxes[i].mzInterval().intervals()) {
                 for (const QPointF& peak : spectrum) {
-                    sum += mz.start - 1e-10 <= peak.x() && peak.x() <= mz.end + 1e-10 ? peak.y() : 0.0;
+                    sum +=
+                        mz.start - 1e-10 <= peak.x() && peak.x() <= mz.end + 1e-10 ? peak.y() : 0.0;
                 }
             }
             xics[i].append(QPointF(time, sum));
@@ -133,9 +137,14 @@ TEST(BulkXicExtractorTest, ReadsInChunksOf250AndStepsOncePerChunk)
 
 TEST(BulkXicExtractorTest, TakesPeaksOnTheEdgesOfTheWindow)
 {
-    const auto source = test::runOf({1.0}, {{499.5, 1}, {500, 2}, {500.5, 4}, {501.0 + 0.9e-10, 8}, {501.1, 16}});
-    EXPECT_EQ(test::valueOf(extract(source.get(), {XicDimensions({500, 501}, kAllTimes)}))[0][0].y(), 2 + 4 + 8);
-    EXPECT_EQ(test::valueOf(extract(source.get(), {XicDimensions({500.5, 500.5}, kAllTimes)}))[0][0].y(), 4);
+    const auto source =
+        test::runOf({1.0}, {{499.5, 1}, {500, 2}, {500.5, 4}, {501.0 + 0.9e-10, 8}, {501.1, 16}});
+    EXPECT_EQ(
+        test::valueOf(extract(source.get(), {XicDimensions({500, 501}, kAllTimes)}))[0][0].y(),
+        2 + 4 + 8);
+    EXPECT_EQ(
+        test::valueOf(extract(source.get(), {XicDimensions({500.5, 500.5}, kAllTimes)}))[0][0].y(),
+        4);
 }
 
 TEST(BulkXicExtractorTest, TakesScansByEachPieceOfTheTimeSet)
@@ -149,20 +158,24 @@ TEST(BulkXicExtractorTest, TakesScansByEachPieceOfTheTimeSet)
                                              XicDimensions({}, {2, 3}),
                                              XicDimensions({600, 601}, {2, 2})}));
     ASSERT_EQ(xics.size(), 4);
-    EXPECT_THAT(xics[0], ElementsAre(QPointF(1, 10), QPointF(2, 10), QPointF(4, 10), QPointF(5 + 5e-7, 10)));
+    EXPECT_THAT(xics[0],
+                ElementsAre(QPointF(1, 10), QPointF(2, 10), QPointF(4, 10), QPointF(5 + 5e-7, 10)));
     EXPECT_THAT(xics[1], ElementsAre()) << "no time: an empty list in its place";
-    EXPECT_THAT(xics[2], ElementsAre(QPointF(2, 0), QPointF(3, 0))) << "no m/z: a zero for each scan";
+    EXPECT_THAT(xics[2], ElementsAre(QPointF(2, 0), QPointF(3, 0)))
+        << "no m/z: a zero for each scan";
     EXPECT_THAT(xics[3], ElementsAre(QPointF(2, 0)));
     EXPECT_TRUE(test::valueOf(extract(source.get(), {})).isEmpty());
-    EXPECT_EQ(test::valueOf(extract(source.get(), {XicDimensions({499, 501}, kAllTimes)}, 2)), Xics(1));
+    EXPECT_EQ(test::valueOf(extract(source.get(), {XicDimensions({499, 501}, kAllTimes)}, 2)),
+              Xics(1));
 }
 
 TEST(BulkXicExtractorTest, PassesFailuresOnAndStopsWhenCanceled)
 {
     const auto source = test::runOf({1, 2}, {{500, 10}});
     const QList<XicDimensions> boxes = {XicDimensions({499, 501}, kAllTimes)};
-    EXPECT_THAT(BulkXicExtractor(source.get()).xic(boxes, 1, static_cast<PeakPickingFilter>(2), {}),
-                HasError(kBadParameterError, "Profile and Centroid peak picking modes are supported only"));
+    EXPECT_THAT(
+        BulkXicExtractor(source.get()).xic(boxes, 1, static_cast<PeakPickingFilter>(2), {}),
+        HasError(kBadParameterError, "Profile and Centroid peak picking modes are supported only"));
     {
         SourceProbe probe(source.get());
         probe.failInfoWith = Error(kFileFormatError, "broken index");
@@ -173,7 +186,8 @@ TEST(BulkXicExtractorTest, PassesFailuresOnAndStopsWhenCanceled)
         probe.failDataWith = Error(kFileFormatError, "broken scan");
         const auto failed = extract(&probe, boxes);
         EXPECT_THAT(failed, HasError(kFileFormatError, "broken scan"));
-        EXPECT_TRUE(failed.error().frames().constLast().function.contains(QStringLiteral("BulkXicExtractor::xic")));
+        EXPECT_TRUE(failed.error().frames().constLast().function.contains(
+            QStringLiteral("BulkXicExtractor::xic")));
     }
     struct CancelableSink : ProgressBarInterface
     {
@@ -200,12 +214,15 @@ TEST(BulkXicExtractorTest, MergesGroupsOverTheUnionOfTheirTimes)
         return 1000.0 * groupIndex + values[0] + 2 * values[1];
     };
     const auto merged =
-        BulkXicExtractor(source.get()).xic({{}, {early, late}, {late}}, labelled, 1, PeakPickingFilter::Centroid, {});
+        BulkXicExtractor(source.get())
+            .xic({{}, {early, late}, {late}}, labelled, 1, PeakPickingFilter::Centroid, {});
     ASSERT_THAT(merged, IsOk());
     ASSERT_EQ(merged.value().size(), 3);
     EXPECT_THAT(merged.value()[0], ElementsAre());
-    EXPECT_THAT(merged.value()[1], ElementsAre(QPointF(1, 1010), QPointF(2, 1210), QPointF(3, 1200)));
-    EXPECT_THAT(merged.value()[2], ElementsAre(QPointF(2, 100), QPointF(3, 100))) << "one member passes unchanged";
+    EXPECT_THAT(merged.value()[1],
+                ElementsAre(QPointF(1, 1010), QPointF(2, 1210), QPointF(3, 1200)));
+    EXPECT_THAT(merged.value()[2], ElementsAre(QPointF(2, 100), QPointF(3, 100)))
+        << "one member passes unchanged";
 }
 
 TEST(BulkXicExtractorTest, ProbesTheSourceBeforeGroups)
@@ -213,10 +230,12 @@ TEST(BulkXicExtractorTest, ProbesTheSourceBeforeGroups)
     const auto source = test::runOf({1}, {{500, 10}});
     SourceProbe probe(source.get());
     const BulkXicExtractor extractor(&probe);
-    EXPECT_TRUE(test::valueOf(extractor.xic({}, sumAggregate, 1, PeakPickingFilter::Centroid, {})).isEmpty());
+    EXPECT_TRUE(test::valueOf(extractor.xic({}, sumAggregate, 1, PeakPickingFilter::Centroid, {}))
+                    .isEmpty());
     EXPECT_EQ(probe.callCount, 0) << "no group, no call";
     probe.failRangeWith = Error(kFileOpenError, "gone");
-    EXPECT_THAT(extractor.xic({{}}, sumAggregate, 1, PeakPickingFilter::Centroid, {}), HasError(kFileOpenError, "gone"));
+    EXPECT_THAT(extractor.xic({{}}, sumAggregate, 1, PeakPickingFilter::Centroid, {}),
+                HasError(kFileOpenError, "gone"));
 }
 
 } // namespace zel

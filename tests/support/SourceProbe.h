@@ -15,16 +15,19 @@ public:
         : m_source(source)
     {}
 
-    QList<msreader::MsScanId> readIds;    ///< the id of each query of scanData, in order
-    QList<qsizetype> chunkSizes;          ///< queries of each scanData call
-    int callCount = 0;                    ///< of all operations
-    bool reverseScanIds = false;          ///< hand out the ids in descending time
-    Error failRangeWith;                  ///< fails retentionTimeRange
-    Error failInfoWith;                   ///< fails scanInfoBasic
-    Error failDataWith;                   ///< fails scanData
-    std::function<void()> beforeReading;  ///< called by scanData
+    QList<msreader::MsScanId> readIds;   ///< the id of each query of scanData, in order
+    QList<qsizetype> chunkSizes;         ///< queries of each scanData call
+    int callCount = 0;                   ///< of all operations
+    bool reverseScanIds = false;         ///< hand out the ids in descending time
+    Error failRangeWith;                 ///< fails retentionTimeRange
+    Error failInfoWith;                  ///< fails scanInfoBasic
+    Error failDataWith;                  ///< fails scanData
+    std::function<void()> beforeReading; ///< called by scanData
 
-    msreader::DataSourceInformation dataSourceInformation() const override { return m_source->dataSourceInformation(); }
+    msreader::DataSourceInformation dataSourceInformation() const override
+    {
+        return m_source->dataSourceInformation();
+    }
     Result<math::Range<long long>> d1Range() override { return m_source->d1Range(); }
     Result<math::Range<long long>> d2Range() override { return m_source->d2Range(); }
     Result<math::ClosedMultiInterval<double, 6>> retentionTimeRange() override
@@ -41,14 +44,24 @@ public:
         }
         return ids;
     }
-    Result<QList<msreader::ScanInfoBasic>> scanInfoBasic(const QList<msreader::MsScanId>& ids) override
+    Result<QList<msreader::ScanInfoBasic>> scanInfoBasic(
+        const QList<msreader::MsScanId>& ids) override
     {
         ++callCount;
         return failInfoWith.hasError() ? failInfoWith : m_source->scanInfoBasic(ids);
     }
-    Result<msreader::ScanInfoBasic> scanInfoBasic(const msreader::MsScanId& id) override { return m_source->scanInfoBasic(id); }
-    Result<msreader::ScanInfo> scanInfo(const msreader::MsScanId& id) override { return m_source->scanInfo(id); }
-    Result<msreader::PrecursorInfo> precursorInfo(const msreader::MsScanId& id) override { return m_source->precursorInfo(id); }
+    Result<msreader::ScanInfoBasic> scanInfoBasic(const msreader::MsScanId& id) override
+    {
+        return m_source->scanInfoBasic(id);
+    }
+    Result<msreader::ScanInfo> scanInfo(const msreader::MsScanId& id) override
+    {
+        return m_source->scanInfo(id);
+    }
+    Result<msreader::PrecursorInfo> precursorInfo(const msreader::MsScanId& id) override
+    {
+        return m_source->precursorInfo(id);
+    }
     Result<bool> hasMobility() override { return m_source->hasMobility(); }
     Result<QList<QList<QPointF>>> scanData(const QList<msreader::MsQuery>& queries) override
     {
@@ -62,9 +75,17 @@ public:
         }
         return failDataWith.hasError() ? failDataWith : m_source->scanData(queries);
     }
-    Result<QList<QPointF>> scanData(const msreader::MsQuery& query) override { return m_source->scanData(query); }
-    Result<QList<QList<QPointF>>> xics(const QList<XicDimensions>& boxes) override { return m_source->xics(boxes); }
-    Result<QList<QList<QPointF>>> xics(const QList<XicDimensions>& boxes, int msLevel, msreader::PeakPickingFilter filter) override
+    Result<QList<QPointF>> scanData(const msreader::MsQuery& query) override
+    {
+        return m_source->scanData(query);
+    }
+    Result<QList<QList<QPointF>>> xics(const QList<XicDimensions>& boxes) override
+    {
+        return m_source->xics(boxes);
+    }
+    Result<QList<QList<QPointF>>> xics(const QList<XicDimensions>& boxes,
+                                       int msLevel,
+                                       msreader::PeakPickingFilter filter) override
     {
         return m_source->xics(boxes, msLevel, filter);
     }
