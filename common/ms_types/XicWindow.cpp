@@ -16,7 +16,7 @@ XicWindow XicWindowFactory::create(double mass,
                                    double timeEnd,
                                    int isotope) const
 {
-    const double mz = (mass + isotope * kCarbonIsotopeSpacingDa) / charge + kProtonMassDa;
+    const double mz = ionMz(mass, charge, isotope);
     const double mzHalfWidth = mz * mzTolerancePpm * 1e-6;
     return {mz, mz - mzHalfWidth, mz + mzHalfWidth, (timeStart + timeEnd) / 2, timeStart, timeEnd};
 }

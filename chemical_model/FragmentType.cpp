@@ -1,0 +1,3 @@
+#include "chemical_model/FragmentType.h"
+
+#include "moc_FragmentType.cpp"

@@ -1,0 +1,225 @@
+#include "chemical_model/ChemicalFactory.h"
+
+#include "chemical_model/Residues.h"
+#include "common/stable/PhysicalConstants.h"
+#include "tests/support/BruteForceIsotopes.h"
+#include "tests/support/Matchers.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <thread>
+
+namespace chem {
+
+using zel::kBadParameterError;
+using zel::test::bruteForceIsotopes;
+using zel::test::HasError;
+using zel::test::IsOk;
+using zel::test::valueOf;
+
+namespace {
+
+QSharedPointer<MoleculeComplex> peptide(const char* sequence)
+{
+    return defaultChemicalFactory()->constructLinearPeptideComplex(QString::fromUtf8(sequence));
+}
+
+Molecule molecule(const char* formula)
+{
+    return valueOf(defaultChemicalFactory()->constructMolecule(QString::fromUtf8(formula)));
+}
+
+QList<QPointF> envelopeOf(const Molecule& molecule, int charge, int normalization = 1)
+{
+    QList<QPointF> envelope;
+    EXPECT_THAT(defaultChemicalFactory()->generateIsotopeEnvelope(
+                    molecule, charge, &envelope, normalization),
+                IsOk());
+    return envelope;
+}
+
+double sumOf(const QList<QPointF>& envelope)
+{
+    double sum = 0.0;
+    for (const QPointF& point : envelope) {
+        sum += point.y();
+    }
+    return sum;
+}
+
+} // namespace
+
+TEST(ChemicalFactoryTest, GivesPublishedPeptideMasses)
+{
+    struct Row
+    {
+        const char* sequence;
+        double mhPlus; // monoisotopic [M+H]+ as mass calibration tables print it
+    };
+    const Row rows[] = {
+        {"RPPGFSPFR", 1060.5687},              // bradykinin
+        {"DRVYIHPF", 1046.5418},               // angiotensin II
+        {"DRVYIHPFHL", 1296.6848},             // angiotensin I
+        {"EGVNDNEEGFFSAR", 1570.6768},         // Glu1-fibrinopeptide B
+        {"RPVKVYPNGAEDESAEAFPLEF", 2465.1983}, // ACTH 18-39
+        {"SYSMEHFRWGKPVGKKR", 2093.0862},      // ACTH 1-17
+    };
+    for (const Row& row : rows) {
+        const auto complex = peptide(row.sequence);
+        EXPECT_NEAR(complex->monoisotopicMass() + zel::kProtonMassDa, row.mhPlus, 3e-4)
+            << row.sequence;
+        EXPECT_NEAR(complex->monoisotopicMass(), complex->molecule().monoisotopicMass(), 1e-9);
+    }
+}
+
+TEST(ChemicalFactoryTest, KnowsTheMassOfEachResidue)
+{
+    struct Row
+    {
+        char letter;
+        double massDa; // Unimod's amino acid table
+    };
+    const Row rows[] = {
+        {'A', 71.037114},  {'C', 103.009185}, {'D', 115.026943}, {'E', 129.042593},
+        {'F', 147.068414}, {'G', 57.021464},  {'H', 137.058912}, {'I', 113.084064},
+        {'J', 113.084064}, {'K', 128.094963}, {'L', 113.084064}, {'M', 131.040485},
+        {'N', 114.042927}, {'O', 237.147727}, {'P', 97.052764},  {'Q', 128.058578},
+        {'R', 156.101111}, {'S', 87.032028},  {'T', 101.047678}, {'U', 150.953633},
+        {'V', 99.068414},  {'W', 186.079313}, {'Y', 163.063329}, {'B', 0.0},
+        {'X', 0.0},        {'Z', 0.0},        {'*', 0.0},        {'\r', 0.0},
+        {' ', 0.0},        {'@', 0.0},        {'[', 0.0},        {'{', 0.0},
+    };
+    for (const Row& row : rows) {
+        EXPECT_NEAR(residueMass(QLatin1Char(row.letter)), row.massDa, 1e-5) << row.letter;
+    }
+    EXPECT_EQ(residueMass(QChar(0x416)), 0.0);
+    EXPECT_EQ(peptide("peptide")->monoisotopicMass(), peptide("PEPTIDE")->monoisotopicMass());
+    EXPECT_EQ(peptide("PEP-TX*IDE\r")->monoisotopicMass(), peptide("PEPTIDE")->monoisotopicMass());
+    EXPECT_NEAR(peptide("")->monoisotopicMass(), 18.0105647, 1e-6);
+}
+
+TEST(ChemicalFactoryTest, GivesTheEnvelopeThatAtomByAtomConvolutionGives)
+{
+    const Molecule molecules[] = {
+        peptide("G")->molecule(),
+        peptide("RPPGFSPFR")->molecule(),
+        peptide("MCMCMCMCSYSMEHFRWGKPVGKKR")->molecule(),
+        molecule("C257H383N65O77S6"),          // insulin
+        molecule("C10000H16000N2700O3000S70"), // far beyond an antibody
+        molecule("CH2Cl2"),
+        molecule("C2H3Br3Cl4"),
+        molecule("S2"),
+        molecule("S40"),
+        molecule("Zn3C5"),
+        molecule("Si40O80"),
+        molecule("C6H12CaK2Cu"),
+    };
+    for (const Molecule& any : molecules) {
+        const QList<QPointF> envelope = envelopeOf(any, 2);
+        const std::vector<double> expected = bruteForceIsotopes(any, 400);
+        double covered = 0.0;
+        for (qsizetype k = 0; k < envelope.size(); ++k) {
+            covered += expected[static_cast<std::size_t>(k)];
+        }
+        EXPECT_GT(covered, 0.9999) << qPrintable(any.formula());
+        for (qsizetype k = 0; k < envelope.size(); ++k) {
+            const double share = expected[static_cast<std::size_t>(k)] / covered;
+            // Relative, as the first peaks of a large molecule are tiny.
+            EXPECT_NEAR(envelope[k].y(), share, 1e-9 * share + 1e-15)
+                << qPrintable(any.formula()) << " " << k;
+        }
+        EXPECT_NEAR(sumOf(envelope), 1.0, 1e-12) << qPrintable(any.formula());
+    }
+}
+
+TEST(ChemicalFactoryTest, StartsAtTheMonoisotopicPeakWhereLighterIsotopesExist)
+{
+    for (const char* formula : {"C5H11NO2Se", "C34H32ClFeN4O4", "Se8", "C100Fe4Se3Zn2"}) {
+        const Molecule any = molecule(formula);
+        const auto shift =
+            static_cast<std::size_t>(6 * any.count(Element::Se) + 2 * any.count(Element::Fe));
+        const std::vector<double> expected = bruteForceIsotopes(any, 200);
+        const QList<QPointF> envelope = envelopeOf(any, 1, 0);
+        EXPECT_NEAR(envelope[0].x(), any.monoisotopicMass() + zel::kProtonMassDa, 1e-9);
+        for (qsizetype k = 0; k < envelope.size(); ++k) {
+            EXPECT_NEAR(envelope[k].y(), expected[shift + static_cast<std::size_t>(k)], 1e-12)
+                << formula << " " << k;
+        }
+        EXPECT_LT(sumOf(envelope), 1.0) << formula;
+        EXPECT_NEAR(sumOf(envelopeOf(any, 1, 1)), 1.0, 1e-12) << formula;
+    }
+}
+
+TEST(ChemicalFactoryTest, StaysExactWhereTheFirstProbabilityUnderflows)
+{
+    // 0.9893^70000 is below the smallest double. Mean and variance of the added mass units follow
+    // from the binomial distribution.
+    const double atoms = 70000.0;
+    QList<QPointF> envelope = envelopeOf(molecule("C70000"), 0);
+    double mean = 0.0;
+    double square = 0.0;
+    for (qsizetype k = 0; k < envelope.size(); ++k) {
+        mean += static_cast<double>(k) * envelope[k].y();
+        square += static_cast<double>(k * k) * envelope[k].y();
+    }
+    // The cut takes away 1e-4 of the tail, some four sigma out.
+    EXPECT_NEAR(mean, atoms * 0.0107, 0.05);
+    EXPECT_NEAR(std::sqrt(square - mean * mean), std::sqrt(atoms * 0.0107 * 0.9893), 0.05);
+}
+
+TEST(ChemicalFactoryTest, PlacesPointsByChargeAndIsotopeSpacing)
+{
+    const Molecule any = peptide("RPPGFSPFR")->molecule();
+    const double mass = any.monoisotopicMass();
+    for (const int charge : {1, 2, 7}) {
+        const QList<QPointF> envelope = envelopeOf(any, charge);
+        ASSERT_GE(envelope.size(), 5);
+        for (qsizetype k = 0; k < envelope.size(); ++k) {
+            const double neutral = mass + static_cast<double>(k) * 1.003355;
+            EXPECT_NEAR(envelope[k].x(), neutral / charge + 1.00727646677, 1e-9);
+        }
+    }
+    EXPECT_NEAR(envelopeOf(any, 0)[1].x(), mass + 1.003355, 1e-9);
+    EXPECT_NEAR(envelopeOf(any, -2)[0].x(), mass / 2 - 1.00727646677, 1e-9);
+}
+
+TEST(ChemicalFactoryTest, RefusesWhatHasNoEnvelope)
+{
+    QList<QPointF> envelope = {QPointF(1.0, 2.0)};
+    const auto factory = defaultChemicalFactory();
+    EXPECT_THAT(factory->generateIsotopeEnvelope(Molecule(), 1, &envelope, 1),
+                HasError(kBadParameterError));
+    EXPECT_THAT(factory->generateIsotopeEnvelope(molecule("N(-1)H(-1)O(1)"), 1, &envelope, 1),
+                HasError(kBadParameterError));
+    EXPECT_THAT(factory->generateIsotopeEnvelope(molecule("C10000000"), 1, &envelope, 1),
+                HasError(kBadParameterError));
+    EXPECT_THAT(factory->generateIsotopeEnvelope(molecule("C6"), 1, &envelope, 2),
+                HasError(kBadParameterError));
+    EXPECT_EQ(envelope.size(), 1);
+}
+
+TEST(ChemicalFactoryTest, ServesSeveralThreads)
+{
+    const QList<QPointF> expected = envelopeOf(peptide("EGVNDNEEGFFSAR")->molecule(), 2);
+    std::atomic<int> differences = 0;
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i) {
+        threads.emplace_back([&expected, &differences] {
+            for (int round = 0; round < 500; ++round) {
+                const auto complex = peptide("EGVNDNEEGFFSAR");
+                QList<QPointF> envelope;
+                const zel::Error e = defaultChemicalFactory()->generateIsotopeEnvelope(
+                    complex->molecule(), 2, &envelope, 1);
+                differences += e.hasError() || envelope != expected ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(differences, 0);
+}
+
+} // namespace chem

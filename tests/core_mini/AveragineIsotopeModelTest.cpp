@@ -1,0 +1,178 @@
+#include "common/core_mini/src/algo/AveragineIsotopeModel.h"
+
+#include "chemical_model/ChemicalFactory.h"
+#include "common/core_mini/src/algo/AveragineGenerator.h"
+#include "tests/support/BruteForceIsotopes.h"
+#include "tests/support/Matchers.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <limits>
+#include <numeric>
+#include <thread>
+
+namespace zel {
+
+using test::bruteForceIsotopes;
+using test::HasError;
+using test::IsOk;
+using test::valueOf;
+
+namespace {
+
+MolecularFormula formulaOf(double c, double h, double n, double o, double s)
+{
+    MolecularFormula formula;
+    formula.setMolecularFormula({{MolecularFormula::Carbon, c},
+                                 {MolecularFormula::Hydrogen, h},
+                                 {MolecularFormula::Nitrogen, n},
+                                 {MolecularFormula::Oxygen, o},
+                                 {MolecularFormula::Sulfur, s}});
+    return formula;
+}
+
+QList<double> ratiosOf(const AveragineIsotopeModel& model, double mass)
+{
+    QList<double> ratios;
+    EXPECT_THAT(model.peakIntensityRatiosFromMass(mass, &ratios), IsOk());
+    return ratios;
+}
+
+} // namespace
+
+TEST(AveragineIsotopeModelTest, IsExactForWholeMultiplesOfItsUnit)
+{
+    AveragineIsotopeModel model;
+    const MolecularFormula unit = formulaOf(5, 8, 2, 1, 1);
+    ASSERT_THAT(model.init(unit), IsOk());
+    for (const int units : {1, 2, 7, 40, 300}) {
+        const chem::Molecule molecule = {{chem::Element::C, 5 * units},
+                                         {chem::Element::H, 8 * units},
+                                         {chem::Element::N, 2 * units},
+                                         {chem::Element::O, units},
+                                         {chem::Element::S, units}};
+        const std::vector<double> expected = bruteForceIsotopes(molecule, 250);
+        const QList<double> ratios = ratiosOf(model, unit.monoisotopicMass() * units);
+        for (qsizetype k = 1; k < ratios.size(); ++k) {
+            const double ratio = expected[static_cast<std::size_t>(k)] / expected[0];
+            EXPECT_NEAR(ratios[k] / ratios[0], ratio, 1e-9 * ratio)
+                << units << " units, peak " << k;
+        }
+    }
+}
+
+TEST(AveragineIsotopeModelTest, FoldsFractionalUnitsLikePowers)
+{
+    // The pattern of twice a mass is the pattern of that mass folded with itself.
+    const AveragineIsotopeModel& model = AveragineIsotopeModel::senko();
+    for (const double mass : {130.7, 512.3, 1734.9, 4999.99, 74000.1}) {
+        const QList<double> once = ratiosOf(model, mass);
+        const QList<double> twice = ratiosOf(model, 2 * mass);
+        for (qsizetype k = 0; k < std::min(once.size(), twice.size()); ++k) {
+            double folded = 0.0;
+            for (qsizetype i = 0; i <= k; ++i) {
+                folded += once[i] * once[k - i];
+            }
+            // Both patterns lack up to 1e-4, each was made to sum to 1 again.
+            EXPECT_NEAR(twice[k], folded, 3e-4 * folded + 1e-12) << mass << " Da, peak " << k;
+        }
+    }
+}
+
+TEST(AveragineIsotopeModelTest, SumsToOneAndNamesTheApex)
+{
+    const AveragineIsotopeModel& model = AveragineIsotopeModel::senko();
+    for (double mass = 20.0; mass < 2e5; mass *= 1.07) {
+        QList<double> ratios;
+        const int apex = valueOf(model.peakIntensityRatiosFromMass(mass, &ratios));
+        EXPECT_NEAR(std::accumulate(ratios.cbegin(), ratios.cend(), 0.0), 1.0, 1e-12) << mass;
+        EXPECT_EQ(apex, std::max_element(ratios.cbegin(), ratios.cend()) - ratios.cbegin());
+        EXPECT_GE(*std::min_element(ratios.cbegin(), ratios.cend()), 0.0) << mass;
+        EXPECT_GT(ratios.last(), 0.0) << mass;
+        // Those who walk up to 80 % of the sum must reach the apex.
+        EXPECT_LT(std::accumulate(ratios.cbegin(), ratios.cbegin() + apex, 0.0), 0.8) << mass;
+    }
+}
+
+TEST(AveragineIsotopeModelTest, ComesNearRealPeptides)
+{
+    const QString protein =
+        QStringLiteral("MKWVTFISLLFLFSSAYSRGVFRRDAHKSEVAHRFKDLGEENFKALVLIAFAQYLQQCPFEDHVK");
+    const auto factory = chem::defaultChemicalFactory();
+    for (const int length : {8, 15, 25, 40}) {
+        const auto peptide = factory->constructLinearPeptideComplex(protein.sliced(20, length));
+        QList<QPointF> exact;
+        ASSERT_THAT(factory->generateIsotopeEnvelope(peptide->molecule(), 1, &exact, 1), IsOk());
+        const QList<double> ratios =
+            ratiosOf(AveragineIsotopeModel::senko(), peptide->monoisotopicMass());
+        for (qsizetype k = 0; k < std::min(exact.size(), ratios.size()); ++k) {
+            EXPECT_NEAR(ratios[k], exact[k].y(), 0.02) << length << " residues, peak " << k;
+        }
+    }
+}
+
+TEST(AveragineIsotopeModelTest, RefusesWhatHasNoPattern)
+{
+    QList<double> ratios = {1.0};
+    AveragineIsotopeModel model;
+    EXPECT_THAT(model.peakIntensityRatiosFromMass(1000.0, &ratios), HasError(kError));
+    EXPECT_TRUE(ratios.isEmpty());
+    EXPECT_THAT(model.init(MolecularFormula()), HasError(kBadParameterError));
+    EXPECT_THAT(model.init(formulaOf(5, -1, 0, 0, 0)), HasError(kBadParameterError));
+    EXPECT_THAT(model.init(formulaOf(5, std::nan(""), 0, 0, 0)), HasError(kBadParameterError));
+    ASSERT_THAT(model.init(formulaOf(30.4, 49.7, 12.2, 7.2, 0.6)), IsOk());
+    for (const double mass : {-1.0, std::nan(""), std::numeric_limits<double>::infinity(), 1e12}) {
+        EXPECT_THAT(model.peakIntensityRatiosFromMass(mass, &ratios), HasError(kBadParameterError))
+            << mass;
+    }
+    EXPECT_EQ(ratiosOf(model, 19.0), QList<double>{1.0});
+}
+
+TEST(AveragineIsotopeModelTest, ServesSeveralThreads)
+{
+    const AveragineIsotopeModel& model = AveragineIsotopeModel::senko();
+    QList<QList<double>> expected;
+    for (int i = 0; i < 200; ++i) {
+        expected.append(ratiosOf(model, 500.0 + 27.0 * i));
+    }
+    std::atomic<int> differences = 0;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 4; ++thread) {
+        threads.emplace_back([&] {
+            QList<double> ratios;
+            for (int i = 0; i < 200; ++i) {
+                const bool ok = model.peakIntensityRatiosFromMass(500.0 + 27.0 * i, &ratios).isOk();
+                differences += !ok || ratios != expected.at(i) ? 1 : 0;
+            }
+        });
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+    EXPECT_EQ(differences, 0);
+}
+
+TEST(AveragineGeneratorTest, PlacesThePatternByCharge)
+{
+    const double mass = 2345.6789;
+    const QList<double> ratios = ratiosOf(AveragineIsotopeModel::senko(), mass);
+    const QList<QPointF> signal = AveragineGenerator(mass).generateSignal(3);
+    ASSERT_EQ(signal.size(), ratios.size());
+    for (qsizetype k = 0; k < signal.size(); ++k) {
+        const double neutral = mass + static_cast<double>(k) * 1.003355;
+        EXPECT_NEAR(signal[k].x(), neutral / 3 + 1.00727646677, 1e-9);
+        EXPECT_EQ(signal[k].y(), ratios[k]);
+    }
+}
+
+TEST(AveragineGeneratorTest, GivesOnePeakForAMassWithoutPattern)
+{
+    for (const double mass : {0.0, 19.9, -5.0, std::nan(""), 1e300}) {
+        const QList<QPointF> signal = AveragineGenerator(mass).generateSignal(1);
+        ASSERT_EQ(signal.size(), 1) << mass;
+        EXPECT_EQ(signal[0].y(), 1.0) << mass;
+    }
+}
+
+} // namespace zel
