@@ -16,6 +16,7 @@ public:
     {}
 
     QList<msreader::MsScanId> readIds;   ///< the id of each query of scanData, in order
+    QList<qsizetype> xicCounts;          ///< boxes of each xics call
     QList<qsizetype> chunkSizes;         ///< queries of each scanData call
     int callCount = 0;                   ///< of all operations
     bool reverseScanIds = false;         ///< hand out the ids in descending time
@@ -81,6 +82,7 @@ public:
     }
     Result<QList<QList<QPointF>>> xics(const QList<XicDimensions>& boxes) override
     {
+        xicCounts.append(boxes.size());
         return m_source->xics(boxes);
     }
     Result<QList<QList<QPointF>>> xics(const QList<XicDimensions>& boxes,
