@@ -280,6 +280,12 @@ Result<QList<QList<QPointF>>> BulkXicExtractor::xic(
             queries.append(MsQuery(scans[scan].scanId, filter));
         }
         ZEL_ASSIGN_OR_RETURN(const QList<QList<QPointF>> spectra, m_source->scanData(queries));
+        if (spectra.size() != queries.size()) {
+            ZEL_RETURN_ERROR(kError,
+                             QStringLiteral("The data source gave %1 spectra for %2 queries")
+                                 .arg(spectra.size())
+                                 .arg(queries.size()));
+        }
         for (qsizetype scan = chunkStart; scan < chunkEnd; ++scan) {
             const QList<QPointF>& spectrum = spectra[scan - chunkStart];
             const double time = scans[scan].retentionTimeMinutes;
