@@ -1,0 +1,215 @@
+#include "common/core_mini/src/algo/EigenUtilities.h"
+#include "tests/support/SparseMatrices.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <ostream>
+#include <set>
+
+namespace zel {
+
+using ::testing::ElementsAre;
+using ::testing::ElementsAreArray;
+using ::testing::IsEmpty;
+using Apex = EigenUtilities::MatrixApexIndex;
+using RowMajorMatrix = Eigen::SparseMatrix<double, Eigen::RowMajor>;
+
+void PrintTo(const Apex& apex, std::ostream* os)
+{
+    *os << apex.value << " at " << apex.row << ", " << apex.column;
+}
+
+namespace {
+
+/// Each column convolved by the definition, beyond its ends taken as 0.
+Eigen::MatrixXd convolvedColumns(const Eigen::MatrixXd& m, const Eigen::VectorXd& kernel)
+{
+    Eigen::MatrixXd result = Eigen::MatrixXd::Zero(m.rows(), m.cols());
+    for (Eigen::Index row = 0; row < m.rows(); ++row) {
+        for (Eigen::Index k = 0; k < kernel.size(); ++k) {
+            const Eigen::Index source = row + kernel.size() / 2 - k;
+            if (source >= 0 && source < m.rows()) {
+                result.row(row) += kernel[k] * m.row(source);
+            }
+        }
+    }
+    return result;
+}
+
+/// Whole numbers without a symmetry, some of them 0 or negative.
+Eigen::VectorXd kernelOf(int size)
+{
+    return Eigen::VectorXd::NullaryExpr(
+        size, [](Eigen::Index i) { return static_cast<double>((i * i * 7 + 3 * i) % 11) - 4.0; });
+}
+
+bool isWellFormed(const Eigen::SparseMatrix<double>& m)
+{
+    for (Eigen::Index column = 0; column < m.cols(); ++column) {
+        for (int i = m.outerIndexPtr()[column] + 1; i < m.outerIndexPtr()[column + 1]; ++i) {
+            if (m.innerIndexPtr()[i - 1] >= m.innerIndexPtr()[i]) {
+                return false;
+            }
+        }
+    }
+    return m.isCompressed() && m.outerIndexPtr()[m.cols()] == m.nonZeros();
+}
+
+/// The cells of the plateau around a cell; empties the list when a neighbour is higher.
+std::set<std::pair<int, int>> plateauOf(const Eigen::MatrixXd& m, int row, int column)
+{
+    std::set<std::pair<int, int>> cells{{column, row}};
+    std::vector<std::pair<int, int>> open{{column, row}};
+    bool isMaximum = true;
+    while (!open.empty()) {
+        const auto [c, r] = open.back();
+        open.pop_back();
+        for (int nc = std::max(c - 1, 0); nc <= std::min<int>(c + 1, int(m.cols()) - 1); ++nc) {
+            for (int nr = std::max(r - 1, 0); nr <= std::min<int>(r + 1, int(m.rows()) - 1); ++nr) {
+                isMaximum = isMaximum && m(nr, nc) <= m(r, c);
+                if (m(nr, nc) == m(r, c) && cells.insert({nc, nr}).second) {
+                    open.emplace_back(nc, nr);
+                }
+            }
+        }
+    }
+    return isMaximum ? cells : std::set<std::pair<int, int>>();
+}
+
+QList<Apex> apexesByDefinition(const Eigen::MatrixXd& m)
+{
+    QList<Apex> apexes;
+    for (int column = 0; column < m.cols(); ++column) {
+        for (int row = 0; row < m.rows(); ++row) {
+            if (m(row, column) <= 1e-12) {
+                continue;
+            }
+            const auto plateau = plateauOf(m, row, column);
+            if (!plateau.empty() && *plateau.begin() == std::pair(column, row)) {
+                apexes.append({row, column, m(row, column)});
+            }
+        }
+    }
+    return apexes;
+}
+
+QList<Apex> apexesOf(const std::vector<std::vector<double>>& rows)
+{
+    Eigen::MatrixXd m(rows.size(), rows.front().size());
+    for (Eigen::Index row = 0; row < m.rows(); ++row) {
+        for (Eigen::Index column = 0; column < m.cols(); ++column) {
+            m(row, column) = rows[static_cast<std::size_t>(row)][static_cast<std::size_t>(column)];
+        }
+    }
+    return EigenUtilities::findSparseMatrixApexes(m.sparseView());
+}
+
+} // namespace
+
+TEST(EigenUtilitiesSparseTest, KernelsEqualTheDenseConvolution)
+{
+    for (const int entryCount : {0, 3, 60, 900}) { // lone entries up to nearly full columns
+        const Eigen::SparseMatrix<double> m =
+            test::randomSparseMatrix(60, 17, entryCount, 1000, 31);
+        const Eigen::MatrixXd dense(m);
+        for (const int kernelSize : {0, 1, 2, 5, 9, 40, 150}) {
+            const Eigen::VectorXd kernel = kernelOf(kernelSize);
+            const auto context = ::testing::Message()
+                                 << entryCount << " entries, kernel of " << kernelSize;
+            for (const bool prune : {true, false}) {
+                const auto columnWise =
+                    EigenUtilities::applyKernelColumnWiseToMatrix(m, kernel, prune);
+                const auto rowWise =
+                    EigenUtilities::applyKernelRowWiseToMatrix(RowMajorMatrix(m), kernel, prune);
+                EXPECT_TRUE(isWellFormed(columnWise)) << context;
+                EXPECT_TRUE(isWellFormed(rowWise)) << context;
+                EXPECT_EQ(Eigen::MatrixXd(columnWise), convolvedColumns(dense, kernel)) << context;
+                EXPECT_EQ(Eigen::MatrixXd(rowWise),
+                          convolvedColumns(dense.transpose(), kernel).transpose())
+                    << context;
+            }
+        }
+    }
+}
+
+TEST(EigenUtilitiesSparseTest, KernelsTakeUncompressedMatrices)
+{
+    const Eigen::SparseMatrix<double> m = test::randomSparseMatrix(60, 17, 200, 1000, 32);
+    Eigen::SparseMatrix<double> loose = m;
+    test::uncompress(&loose);
+    ASSERT_FALSE(loose.isCompressed());
+    const Eigen::VectorXd kernel = kernelOf(5);
+    EXPECT_EQ(Eigen::MatrixXd(EigenUtilities::applyKernelColumnWiseToMatrix(loose, kernel, true)),
+              Eigen::MatrixXd(EigenUtilities::applyKernelColumnWiseToMatrix(m, kernel, true)));
+    EXPECT_EQ(EigenUtilities::findSparseMatrixApexes(loose),
+              EigenUtilities::findSparseMatrixApexes(m));
+}
+
+TEST(EigenUtilitiesSparseTest, ThePruneFlagDropsZerosOnly)
+{
+    Eigen::SparseMatrix<double> m(20, 1);
+    m.insert(10, 0) = 1e-12;
+    m.insert(12, 0) = -1.0;
+    const Eigen::VectorXd kernel = Eigen::Vector3d(1.0, 0.0, -2.0);
+    const auto kept = EigenUtilities::applyKernelColumnWiseToMatrix(m, kernel, false);
+    const auto pruned = EigenUtilities::applyKernelColumnWiseToMatrix(m, kernel, true);
+    EXPECT_EQ(kept.nonZeros(), 5) << "every place that the kernel reaches";
+    // 9: 1e-12, 10: 0, 11: -2e-12 - 1, 12: 0, 13: 2
+    EXPECT_EQ(pruned.nonZeros(), 2);
+    EXPECT_EQ(pruned.coeff(11, 0), -1.0 - 2e-12);
+    EXPECT_EQ(pruned.coeff(13, 0), 2.0);
+}
+
+TEST(EigenUtilitiesSparseTest, OnePointSmoothedAlongMzStaysInItsColumn)
+{
+    Eigen::SparseMatrix<double> frame(1500000, 1000);
+    frame.insert(700000, 300) = 2.0;
+    const Eigen::VectorXd kernel = EigenUtilities::buildGaussianFilter1D(9, 2.5, true);
+    const auto alongMz = EigenUtilities::applyKernelColumnWiseToMatrix(frame, kernel, true);
+    const auto acrossColumns =
+        EigenUtilities::applyKernelRowWiseToMatrix(RowMajorMatrix(frame), kernel, true);
+    EXPECT_EQ(alongMz.col(300).nonZeros(), 9);
+    EXPECT_EQ(alongMz.nonZeros(), 9);
+    EXPECT_EQ(alongMz.coeff(700000, 300), 2.0 * kernel[4]);
+    EXPECT_EQ(RowMajorMatrix(acrossColumns).row(700000).nonZeros(), 9);
+    EXPECT_EQ(acrossColumns.nonZeros(), 9);
+}
+
+TEST(EigenUtilitiesSparseTest, ApexesEqualTheDefinition)
+{
+    for (const int greatestValue : {2, 3, 10, 100000}) { // few values: many plateaus
+        for (const int entryCount : {0, 1, 20, 150, 600}) {
+            const Eigen::SparseMatrix<double> m =
+                test::randomSparseMatrix(25, 12, entryCount, greatestValue, 33);
+            EXPECT_THAT(EigenUtilities::findSparseMatrixApexes(m),
+                        ElementsAreArray(apexesByDefinition(Eigen::MatrixXd(m))))
+                << entryCount << " entries up to " << greatestValue;
+        }
+    }
+}
+
+TEST(EigenUtilitiesSparseTest, APlateauIsOneApex)
+{
+    EXPECT_THAT(apexesOf({{5, 5, 5}, {5, 5, 5}}), ElementsAre(Apex{0, 0, 5.0}));
+    // Two cells of the first column that only a cell of the second joins.
+    EXPECT_THAT(apexesOf({{4, 0}, {0, 4}, {4, 0}}), ElementsAre(Apex{0, 0, 4.0}));
+    // A flat shoulder of a higher cell is no maximum, seen from either end.
+    EXPECT_THAT(apexesOf({{5, 5, 5, 7}}), ElementsAre(Apex{0, 3, 7.0}));
+    EXPECT_THAT(apexesOf({{7, 5, 5, 5}}), ElementsAre(Apex{0, 0, 7.0}));
+    EXPECT_THAT(apexesOf({{5}, {5}, {7}}), ElementsAre(Apex{2, 0, 7.0}));
+    // Neighbours meet at corners; two steps apart are no neighbours.
+    EXPECT_THAT(apexesOf({{3, 0, 0}, {0, 2, 0}, {0, 0, 3}}),
+                ElementsAre(Apex{0, 0, 3.0}, Apex{2, 2, 3.0}));
+}
+
+TEST(EigenUtilitiesSparseTest, ZerosNegativesAndNaNAreNoApexes)
+{
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    EXPECT_THAT(apexesOf({{1e-12, 0, -3}}), IsEmpty());
+    EXPECT_THAT(apexesOf({{nan, 2, nan}}), ElementsAre(Apex{0, 1, 2.0}));
+    EXPECT_THAT(EigenUtilities::findSparseMatrixApexes(Eigen::SparseMatrix<double>()), IsEmpty());
+}
+
+} // namespace zel

@@ -1,0 +1,251 @@
+#include "common/core_mini/src/algo/EigenUtilities.h"
+
+#include "common/core_mini/src/algo/FeatureFinderUtilities.h"
+#include "tests/support/Matchers.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace zel {
+
+using test::HasError;
+using test::IsOk;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+Eigen::VectorXd vectorOf(const std::vector<double>& values)
+{
+    return Eigen::Map<const Eigen::VectorXd>(values.data(),
+                                             static_cast<Eigen::Index>(values.size()));
+}
+
+/// A published filter: its weights are these whole numbers over one divisor.
+struct PublishedFilter
+{
+    const char* name;
+    int windowSize;
+    int polynomialOrder;
+    int derivative;
+    int rate;
+    double divisor;
+    std::vector<double> weights;
+};
+
+void PrintTo(const PublishedFilter& filter, std::ostream* os)
+{
+    *os << filter.name;
+}
+
+class SavitzkyGolayTest : public ::testing::TestWithParam<PublishedFilter>
+{};
+
+/// The sums as they come out of adding point by point in ascending intensity.
+Eigen::VectorXd binnedStepByStep(QList<QPointF> points, int length, int binsPerUnit)
+{
+    std::stable_sort(points.begin(), points.end(), [](const QPointF& a, const QPointF& b) {
+        return a.y() < b.y();
+    });
+    Eigen::VectorXd sums = Eigen::VectorXd::Zero(length);
+    for (const QPointF& point : points) {
+        const int bin = FeatureFinderUtilities::hashMz(point.x(), binsPerUnit);
+        if (bin >= 0 && bin < length) {
+            sums[bin] += point.y();
+        }
+    }
+    return sums;
+}
+
+QList<QPointF> randomSpectrum(int pointCount, unsigned seed)
+{
+    std::mt19937 generator(seed);
+    std::uniform_real_distribution<double> mz(0.0, 100.0);
+    std::lognormal_distribution<double> intensity(5.0, 4.0);
+    QList<QPointF> points;
+    for (int i = 0; i < pointCount; ++i) {
+        const double pointMz = mz(generator);
+        points.append(QPointF(pointMz, intensity(generator)));
+    }
+    return points;
+}
+
+} // namespace
+
+TEST_P(SavitzkyGolayTest, HasThePublishedWeights)
+{
+    const PublishedFilter& filter = GetParam();
+    Eigen::VectorXd kernel;
+    ASSERT_THAT(
+        EigenUtilities::buildSavitzkyGolayKernel(
+            filter.windowSize, filter.polynomialOrder, filter.derivative, filter.rate, &kernel),
+        IsOk());
+    const Eigen::VectorXd wanted = vectorOf(filter.weights) / filter.divisor;
+    ASSERT_EQ(kernel.size(), wanted.size());
+    EXPECT_LT((kernel - wanted).cwiseAbs().maxCoeff(), 1e-13 * std::max(1.0, wanted.maxCoeff()))
+        << kernel.transpose();
+}
+
+// Savitzky and Golay, Anal. Chem. 36 (1964) 1627, tables I, III and VI, with the corrections of
+// Steinier et al., Anal. Chem. 44 (1972) 1906; the one at rate 10 is that of rate 1 times
+// rate^derivative.
+INSTANTIATE_TEST_SUITE_P(
+    Published,
+    SavitzkyGolayTest,
+    ::testing::Values(PublishedFilter{"MovingAverage5", 5, 1, 0, 1, 5, {1, 1, 1, 1, 1}},
+                      PublishedFilter{"Quadratic5", 5, 2, 0, 1, 35, {-3, 12, 17, 12, -3}},
+                      PublishedFilter{"Cubic7", 7, 3, 0, 1, 21, {-2, 3, 6, 7, 6, 3, -2}},
+                      PublishedFilter{
+                          "Quartic9", 9, 4, 0, 1, 429, {15, -55, 30, 135, 179, 135, 30, -55, 15}},
+                      PublishedFilter{"Slope5", 5, 2, 1, 1, 10, {-2, -1, 0, 1, 2}},
+                      PublishedFilter{"CubicSlope5", 5, 3, 1, 1, 12, {1, -8, 0, 8, -1}},
+                      PublishedFilter{"Curvature5", 5, 2, 2, 1, 7, {2, -1, -2, -1, 2}},
+                      PublishedFilter{"CurvatureAtRate10", 5, 2, 2, 10, 0.07, {2, -1, -2, -1, 2}}),
+    [](const auto& test) { return test.param.name; });
+
+TEST(EigenUtilitiesTest, FitsAWideWindowOfHighOrder)
+{
+    // The derivatives of a polynomial within reach of the fit come out exactly, whatever the
+    // window.
+    constexpr int windowSize = 101;
+    constexpr int half = 50;
+    Eigen::VectorXd samples(windowSize);
+    for (int i = -half; i <= half; ++i) {
+        const double x = i / 10.0; // ten samples per unit
+        samples[i + half] = 3.0 + 2.0 * x - 0.5 * x * x + std::pow(x / 5.0, 8);
+    }
+    const double derivatives[] = {3.0, 2.0, -1.0};
+    for (int derivative = 0; derivative <= 2; ++derivative) {
+        Eigen::MatrixXd kernel;
+        ASSERT_THAT(
+            EigenUtilities::buildSavitzkyGolayKernel(windowSize, 10, derivative, 10, &kernel),
+            IsOk());
+        ASSERT_EQ(kernel.cols(), 1);
+        EXPECT_NEAR(kernel.col(0).dot(samples), derivatives[derivative], 1e-9) << derivative;
+    }
+}
+
+TEST(EigenUtilitiesTest, RefusesWindowsThatCannotBeFitted)
+{
+    Eigen::VectorXd kernel = vectorOf({7.0});
+    const auto build = [&kernel](int windowSize, int order, int derivative) {
+        return EigenUtilities::buildSavitzkyGolayKernel(windowSize, order, derivative, 1, &kernel);
+    };
+    const auto odd = HasError(kBadParameterError, "Window size must be odd");
+    const auto tooSmall =
+        HasError(kBadParameterError, "Window size is too small for given polynomial order");
+    EXPECT_THAT(build(4, 1, 0), odd);
+    EXPECT_THAT(build(0, 1, 0), odd);
+    EXPECT_THAT(build(-5, 1, 0), odd);
+    EXPECT_THAT(build(3, 2, 0), tooSmall);
+    EXPECT_THAT(build(1, 0, 0), tooSmall);
+    EXPECT_THAT(build(5, std::numeric_limits<int>::max(), 0), tooSmall);
+    EXPECT_THAT(build(5, 2, 3), HasError(kBadParameterError));
+    EXPECT_THAT(build(5, 2, -1), HasError(kBadParameterError));
+    EXPECT_THAT(build(5, -1, 0), HasError(kBadParameterError));
+    EXPECT_EQ(kernel, vectorOf({7.0}));
+}
+
+TEST(EigenUtilitiesTest, SmoothsInPlaceAndKeepsTheLevelAtTheEnds)
+{
+    Eigen::VectorXd average;
+    ASSERT_THAT(EigenUtilities::buildSavitzkyGolayKernel(5, 1, 0, 1, &average), IsOk());
+    Eigen::VectorXd signal = vectorOf({10.0, 0.0, 0.0, 0.0, 0.0, 0.0, 5.0});
+    ASSERT_THAT(EigenUtilities::savitzkyGolaySmooth(average, &signal), IsOk());
+    EXPECT_LT((signal - vectorOf({6.0, 4.0, 2.0, 0.0, 1.0, 2.0, 3.0})).norm(), 1e-14)
+        << signal.transpose();
+    EXPECT_THAT(EigenUtilities::savitzkyGolaySmooth(Eigen::VectorXd(), &signal),
+                HasError(kBadParameterError));
+    Eigen::VectorXd nothing;
+    EXPECT_THAT(EigenUtilities::savitzkyGolaySmooth(average, &nothing), IsOk());
+}
+
+TEST(EigenUtilitiesTest, SumsPointsOfOneBinBitForBitInAscendingIntensity)
+{
+    constexpr int length = 900; // of 1000 bins
+    for (const unsigned seed : {21U, 22U}) {
+        QList<QPointF> points = randomSpectrum(5000, seed);
+        const Eigen::VectorXd wanted = binnedStepByStep(points, length, 10);
+        for (const bool sorted : {false, true}) {
+            if (sorted) {
+                std::ranges::sort(points, {}, &QPointF::x);
+            }
+            Eigen::SparseVector<double> binned(3);
+            ASSERT_THAT(EigenUtilities::vectorizePoint2dList<double>(points, length, 10, &binned),
+                        IsOk());
+            ASSERT_EQ(binned.size(), length);
+            for (int bin = 0; bin < length; ++bin) {
+                ASSERT_EQ(binned.coeff(bin), wanted[bin]) << "seed " << seed << ", bin " << bin;
+            }
+        }
+    }
+}
+
+TEST(EigenUtilitiesTest, LeavesPointsBeyondTheVectorOut)
+{
+    // The sum of one bin depends on the order: the great one first would swallow both small ones.
+    const QList<QPointF> points{
+        {1.0, 1e16}, {1.1, 1.0}, {0.9, 1.0}, {9.6, 5.0}, {-3.0, 5.0}, {1e300, 5.0}, {9.4, 2.0}};
+    Eigen::SparseVector<double, Eigen::RowMajor, int> scan;
+    ASSERT_THAT(EigenUtilities::vectorizePoint2dList<double>(points, 10, 1, &scan), IsOk());
+    EXPECT_EQ(scan.nonZeros(), 2);
+    EXPECT_EQ(scan.coeff(1), 1e16 + 2.0);
+    EXPECT_EQ(scan.coeff(9), 2.0);
+    ASSERT_THAT(EigenUtilities::vectorizePoint2dList<double>({}, 20, 1, &scan), IsOk());
+    EXPECT_EQ(scan.size(), 10) << "an empty list leaves the vector alone";
+}
+
+TEST(EigenUtilitiesTest, CopiesPointsThroughSinglePrecision)
+{
+    const QList<QPointF> points{{0.1, 16777217.0}, {2.0, 3.0}};
+    Eigen::VectorXd x;
+    Eigen::VectorXd y;
+    ASSERT_THAT(EigenUtilities::point2dListToEigenVector(points, &x, &y), IsOk());
+    EXPECT_EQ(x, vectorOf({static_cast<double>(0.1F), 2.0}));
+    EXPECT_EQ(y, vectorOf({16777216.0, 3.0}));
+    Eigen::RowVectorXd xRow;
+    Eigen::RowVectorXd yRow;
+    ASSERT_THAT(EigenUtilities::point2dListToEigenVector(points, &xRow, &yRow), IsOk());
+    EXPECT_EQ(yRow, y.transpose());
+}
+
+TEST(EigenUtilitiesTest, BuildsASymmetricGaussian)
+{
+    for (const int size : {1, 2, 9, 10, 35}) {
+        for (const double sigma : {1e-200, 0.01, 2.5, 1e200}) {
+            const Eigen::VectorXd kernel = EigenUtilities::buildGaussianFilter1D(size, sigma, true);
+            ASSERT_EQ(kernel.size(), size);
+            EXPECT_NEAR(kernel.sum(), 1.0, 1e-14) << size << ", sigma " << sigma;
+            EXPECT_EQ(kernel, kernel.reverse()) << size << ", sigma " << sigma;
+        }
+    }
+    const Eigen::VectorXd kernel = EigenUtilities::buildGaussianFilter1D(9, 2.5, false);
+    EXPECT_EQ(kernel[4], 1.0);
+    EXPECT_NEAR(kernel[6], 0.7261490370736909, 1e-15); // exp(-0.32), two points from the middle
+    EXPECT_EQ(EigenUtilities::buildGaussianFilter1D(5, 0.0, true), vectorOf({0, 0, 1, 0, 0}));
+    EXPECT_EQ(EigenUtilities::buildGaussianFilter1D(0, 1.0, true).size(), 0);
+}
+
+TEST(EigenUtilitiesTest, RanksIndicesByTheirDistanceFromTheCutoff)
+{
+    const Eigen::RowVectorXd values = vectorOf({5.0, 1.0, kNaN, 3.0, 1.0, 9.0}).transpose();
+    using U = EigenUtilities;
+    EXPECT_THAT(U::returnIndexNearestToCutoff(values, 2.0, 1), ElementsAre(1)) << "first of equals";
+    EXPECT_THAT(U::returnIndexNearestToCutoff(values, 2.0, 3), ElementsAre(1, 3, 4));
+    EXPECT_THAT(U::returnIndexNearestToCutoff(values, 0.0, 99), ElementsAre(1, 4, 3, 0, 5, 2));
+    EXPECT_THAT(U::returnIndexNearestToCutoff(values, 0.0, 0), IsEmpty());
+    EXPECT_THAT(U::returnIndexNearestToCutoff(Eigen::RowVectorXd(), 0.0, 1), IsEmpty());
+
+    // In single precision 2^24 + 1 becomes 2^24.
+    const Eigen::RowVectorXd close = vectorOf({16777216.0, 16777217.0}).transpose();
+    EXPECT_THAT(U::returnIndexNearestToCutoff(close, 16777217.0, 1), ElementsAre(1));
+    EXPECT_THAT(U::returnIndexNearestToCutoffF(close, 16777217.0, 1), ElementsAre(0));
+}
+
+} // namespace zel
