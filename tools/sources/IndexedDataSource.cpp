@@ -19,6 +19,12 @@ double highestIntensity(const QList<QPointF>& points)
     return highest;
 }
 
+bool isSelected(const ScanInfo& info, const MsQuery& query)
+{
+    return (!query.msLevel() || *query.msLevel() == info.msLevel) &&
+           query.timeInterval().contains(info.retentionTimeMinutes);
+}
+
 } // namespace
 
 IndexedDataSource::IndexedDataSource(ScanIndex index, const QString& name)
@@ -45,14 +51,12 @@ Result<math::Range<long long>> IndexedDataSource::d1Range()
 
 Result<math::Range<long long>> IndexedDataSource::d2Range()
 {
-    math::Range<long long>::Base range;
+    D2Range range;
     for (const ScanIndex::Frame& frame : m_index.frames()) {
-        const std::span<const ScanRecord> scans = m_index.recordsOf(frame);
-        if (scans.front().info.scanId.d2) {
-            const long long lowest = *scans.front().info.scanId.d2;
-            const long long highest = *scans.back().info.scanId.d2;
-            range = {std::min(lowest, range.minimum().value_or(lowest)),
-                     std::max(highest, range.maximum().value_or(highest))};
+        ZEL_ASSIGN_OR_RETURN(const D2Range inside, d2RangeOf(frame));
+        if (!inside.isEmpty()) {
+            range = {std::min(*inside.minimum(), range.minimum().value_or(*inside.minimum())),
+                     std::max(*inside.maximum(), range.maximum().value_or(*inside.maximum()))};
         }
     }
     return math::Range<long long>(range);
@@ -73,11 +77,12 @@ Result<QList<MsScanId>> IndexedDataSource::scanIds(const MsQuery& query)
         ZEL_ASSIGN_OR_RETURN([[maybe_unused]] const Selection selection, find(*query.scanId()));
         return QList<MsScanId>{*query.scanId()};
     }
+    Error e;
     QList<MsScanId> ids;
     for (const ScanIndex::Frame& frame : m_index.frames()) {
         if (query.d2Range()) {
-            appendMobilityScans(frame, query, ids);
-        } else if (isSelected(frame, query)) {
+            ZEL_RETURN_IF_ERROR(appendMobilityScans(frame, query, ids));
+        } else if (isSelected(m_index.record(frame.first).info, query)) {
             ids.append(MsScanId(frame.d1));
         }
     }
@@ -97,37 +102,40 @@ Result<QList<ScanInfoBasic>> IndexedDataSource::scanInfoBasic(const QList<MsScan
 
 Result<ScanInfoBasic> IndexedDataSource::scanInfoBasic(const MsScanId& id)
 {
-    ZEL_ASSIGN_OR_RETURN(const ScanRecord* const record, firstRecordOf(id));
-    return ScanInfoBasic{id, record->info.retentionTimeMinutes};
+    ZEL_ASSIGN_OR_RETURN(const Selection selection, find(id));
+    return ScanInfoBasic{id, m_index.record(selection.first).info.retentionTimeMinutes};
 }
 
 Result<ScanInfo> IndexedDataSource::scanInfo(const MsScanId& id)
 {
-    ZEL_ASSIGN_OR_RETURN(const ScanRecord* const record, firstRecordOf(id));
-    ScanInfo info = record->info;
-    if (info.scanId != id) { // a whole frame has the range of all its scans, and no one mobility
-        info.scanId = id;
+    ZEL_ASSIGN_OR_RETURN(const Selection selection, find(id));
+    ScanInfo info = m_index.record(selection.first).info;
+    if (selection.combinedScan) {
+        ZEL_ASSIGN_OR_RETURN(info.mobility, combinedMobility(*selection.combinedScan));
+    } else if (info.scanId != id) {
         info.mobility = 0.0;
         for (const ScanRecord& scan : m_index.recordsOf(*m_index.frameOf(*id.d1))) {
             info.acquiredMzRange.unite(scan.info.acquiredMzRange);
         }
     }
+    info.scanId = id;
     return info;
 }
 
 Result<PrecursorInfo> IndexedDataSource::precursorInfo(const MsScanId& id)
 {
-    ZEL_ASSIGN_OR_RETURN(const ScanRecord* const record, firstRecordOf(id));
-    if (record->precursor.isolationMz <= 0.0 && record->precursor.selectedIonMz <= 0.0) {
+    ZEL_ASSIGN_OR_RETURN(const Selection selection, find(id));
+    const PrecursorInfo& precursor = m_index.record(selection.first).precursor;
+    if (precursor.isolationMz <= 0.0 && precursor.selectedIonMz <= 0.0) {
         ZEL_RETURN_ERROR(kBadParameterError,
                          QStringLiteral("Scan %1 has no precursor").arg(id.toString()));
     }
-    return record->precursor;
+    return precursor;
 }
 
 Result<bool> IndexedDataSource::hasMobility()
 {
-    return m_index.hasMobility();
+    return m_index.hasMobility() || hasCombinedFrames();
 }
 
 Result<QList<QList<QPointF>>> IndexedDataSource::scanData(const QList<MsQuery>& queries)
@@ -174,7 +182,7 @@ Result<QList<QPointF>> IndexedDataSource::basePeakPlot()
             const ScanInfo& info = m_index.record(frame.first).info;
             if (info.msLevel == 1) {
                 ZEL_ASSIGN_OR_RETURN(const QList<QPointF> points,
-                                     readSelection({frame.first, frame.count}));
+                                     readSelection({frame.first, frame.count, {}}));
                 plot.append(QPointF(info.retentionTimeMinutes, highestIntensity(points)));
             }
         }
@@ -183,30 +191,51 @@ Result<QList<QPointF>> IndexedDataSource::basePeakPlot()
     return *m_basePeakPlot;
 }
 
-Result<IndexedDataSource::Selection> IndexedDataSource::find(const MsScanId& id) const
+bool IndexedDataSource::hasCombinedFrames() const
+{
+    return false;
+}
+
+Result<IndexedDataSource::D2Range> IndexedDataSource::combinedScans(qsizetype)
+{
+    return D2Range();
+}
+
+Result<QList<QPointF>> IndexedDataSource::readCombinedScan(qsizetype, long long)
+{
+    ZEL_RETURN_ERROR(kError, "The source has no combined frames");
+}
+
+Result<double> IndexedDataSource::combinedMobility(long long)
+{
+    ZEL_RETURN_ERROR(kError, "The source has no combined frames");
+}
+
+Result<IndexedDataSource::Selection> IndexedDataSource::find(const MsScanId& id)
 {
     const ScanIndex::Frame* const frame = id.d1 ? m_index.frameOf(*id.d1) : nullptr;
     if (frame != nullptr && !id.d2) {
-        return Selection{frame->first, frame->count};
+        return Selection{frame->first, frame->count, {}};
     }
     if (frame != nullptr) {
         if (const std::optional<qsizetype> scan = m_index.mobilityScanOf(*frame, *id.d2)) {
-            return Selection{*scan, 1};
+            return Selection{*scan, 1, {}};
+        }
+        ZEL_ASSIGN_OR_RETURN(const D2Range range, d2RangeOf(*frame));
+        if (frame->count == 1 && range.contains(*id.d2)) {
+            return Selection{frame->first, 1, id.d2};
         }
     }
     ZEL_RETURN_ERROR(kBadParameterError,
                      QStringLiteral("There is no scan %1 in %2").arg(id.toString(), m_name));
 }
 
-Result<const ScanRecord*> IndexedDataSource::firstRecordOf(const MsScanId& id) const
-{
-    ZEL_ASSIGN_OR_RETURN(const Selection selection, find(id));
-    return &m_index.record(selection.first);
-}
-
 /// The sum of the points as they are stored.
 Result<QList<QPointF>> IndexedDataSource::readSelection(const Selection& selection)
 {
+    if (selection.combinedScan) {
+        return readCombinedScan(selection.first, *selection.combinedScan);
+    }
     QList<QList<QPointF>> spectra;
     spectra.reserve(selection.count);
     for (qsizetype i = selection.first; i < selection.first + selection.count; ++i) {
@@ -226,27 +255,36 @@ Result<QList<QPointF>> IndexedDataSource::readScan(const MsScanId& id, PeakPicki
     return mustPick ? pickPeaks(points) : std::move(points);
 }
 
-bool IndexedDataSource::isSelected(const ScanIndex::Frame& frame, const MsQuery& query) const
+/// The extent of `d2` inside a frame; empty when it has no mobility scans.
+Result<IndexedDataSource::D2Range> IndexedDataSource::d2RangeOf(const ScanIndex::Frame& frame)
 {
-    const ScanInfo& info = m_index.record(frame.first).info;
-    return (!query.msLevel() || *query.msLevel() == info.msLevel) &&
-           query.timeInterval().contains(info.retentionTimeMinutes);
+    const std::span<const ScanRecord> scans = m_index.recordsOf(frame);
+    const std::optional<long long>& lowest = scans.front().info.scanId.d2;
+    const std::optional<long long>& highest = scans.back().info.scanId.d2;
+    return lowest && highest ? D2Range(*lowest, *highest) : combinedScans(frame.first);
 }
 
-void IndexedDataSource::appendMobilityScans(const ScanIndex::Frame& frame,
-                                            const MsQuery& query,
-                                            QList<MsScanId>& ids) const
+/// Appends the ids of those mobility scans of the frame that the query selects.
+Error IndexedDataSource::appendMobilityScans(const ScanIndex::Frame& frame,
+                                             const MsQuery& query,
+                                             QList<MsScanId>& ids)
 {
-    if (query.msLevel() && *query.msLevel() != m_index.record(frame.first).info.msLevel) {
-        return;
-    }
-    for (const ScanRecord& scan : m_index.recordsOf(frame)) {
-        const std::optional<long long>& d2 = scan.info.scanId.d2;
-        if (d2 && query.d2Range()->contains(*d2) &&
-            query.timeInterval().contains(scan.info.retentionTimeMinutes)) {
-            ids.append(scan.info.scanId);
+    const ScanInfo& first = m_index.record(frame.first).info;
+    if (first.scanId.d2) {
+        for (const ScanRecord& scan : m_index.recordsOf(frame)) {
+            if (isSelected(scan.info, query) && query.d2Range()->contains(*scan.info.scanId.d2)) {
+                ids.append(scan.info.scanId);
+            }
+        }
+    } else if (isSelected(first, query)) {
+        ZEL_ASSIGN_OR_RETURN(const D2Range range, combinedScans(frame.first));
+        for (long long d2 = range.minimum().value_or(0); range.contains(d2); ++d2) {
+            if (query.d2Range()->contains(d2)) {
+                ids.append(MsScanId(frame.d1, d2));
+            }
         }
     }
+    return kNoError;
 }
 
 } // namespace zel::msreader

@@ -23,6 +23,8 @@ namespace zel::msreader {
 ///   a source without scans, and `d2Range` of one without mobility, are empty.
 /// - `precursorInfo` fails with kBadParameterError for a scan without a precursor.
 /// - `xics` without an MS level reads centroids of MS1.
+/// - `scanInfo` of a whole frame that is stored scan by scan has the m/z range of all its scans and
+///   no mobility.
 /// - `basePeakPlot` reads all MS1 frames as stored, once; the answer is kept.
 ///
 /// Not thread-safe.
@@ -50,6 +52,8 @@ public:
     Result<QList<QPointF>> basePeakPlot() override;
 
 protected:
+    using D2Range = math::ClosedMultiInterval<long long, 0>;
+
     /// \param name  what `dataSourceInformation` gives as the path
     IndexedDataSource(ScanIndex index, const QString& name);
 
@@ -59,22 +63,33 @@ protected:
     /// \param recordIndex  into index().records()
     virtual Result<QList<QPointF>> readRecord(qsizetype recordIndex) = 0;
 
+    // A record without `d2` may hold all mobility scans of its frame. A source that has such
+    // records implements the following four; the others need none of them.
+
+    virtual bool hasCombinedFrames() const;
+    /// The extent of `d2` inside such a record; empty for any other.
+    virtual Result<D2Range> combinedScans(qsizetype recordIndex);
+    /// The points of one mobility scan inside such a record, as they are stored, ascending in m/z.
+    virtual Result<QList<QPointF>> readCombinedScan(qsizetype recordIndex, long long d2);
+    /// The mobility of that scan.
+    virtual Result<double> combinedMobility(long long d2);
+
 private:
-    /// Consecutive records that an id stands for.
+    /// What an id stands for: consecutive records, or one mobility scan inside a record.
     struct Selection
     {
         qsizetype first = 0;
         qsizetype count = 0;
+        std::optional<long long> combinedScan;
     };
 
-    Result<Selection> find(const MsScanId& id) const;
-    Result<const ScanRecord*> firstRecordOf(const MsScanId& id) const;
+    Result<Selection> find(const MsScanId& id);
     Result<QList<QPointF>> readSelection(const Selection& selection);
     Result<QList<QPointF>> readScan(const MsScanId& id, PeakPickingFilter filter);
-    bool isSelected(const ScanIndex::Frame& frame, const MsQuery& query) const;
-    void appendMobilityScans(const ScanIndex::Frame& frame,
-                             const MsQuery& query,
-                             QList<MsScanId>& ids) const;
+    Result<D2Range> d2RangeOf(const ScanIndex::Frame& frame);
+    Error appendMobilityScans(const ScanIndex::Frame& frame,
+                              const MsQuery& query,
+                              QList<MsScanId>& ids);
 
     ScanIndex m_index;
     QString m_name;

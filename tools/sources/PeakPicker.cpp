@@ -14,9 +14,9 @@ namespace {
 
 /// The valley beside a peak must not be higher than this share of its height.
 constexpr double kMaxValleyRatio = 0.85;
-/// A step this many times the shortest one nearby is a gap: the samples in between are zero. Below
-/// 2, the step across one sample that was left out; well above 1, as steps grow along m/z.
-constexpr double kGapRatio = 1.8;
+/// A step this many times the shortest one nearby is a gap: the samples in between are zero. Above
+/// 2, the step across one sample that is missing, with room for steps that grow along m/z.
+constexpr double kGapRatio = 2.5;
 /// "Nearby" are the steps of a block of this many and of its two neighbour blocks.
 constexpr std::size_t kStepBlockSize = 32;
 /// 1 / exp(-0.5 (0.5 / sigma)^2) at a full width at half height of 2 samples, sigma 0.849.
@@ -166,7 +166,7 @@ QList<QPointF> pickPeaks(const QList<QPointF>& profile)
 {
     if (hasEqualMz(profile)) {
         QList<QPointF> joined = profile;
-        sortAndJoinEqualMz(joined);
+        joinEqualMz(joined);
         return pickPeaks(joined);
     }
     const std::span<const QPointF> samples(profile.constData(),

@@ -23,7 +23,8 @@ namespace zel::msreader {
 /// width at half height can rise between samples, and for narrower ones the fit says nothing.
 ///
 /// A sample of intensity zero and a gap in the sampling (instruments leave zeros out) end a peak
-/// alike. A gap is a step of more than 1.8 times the shortest one nearby.
+/// alike. A gap is a step of more than 2.5 times the shortest one nearby: a single sample that a
+/// filter took out of a peak does not cut it in two.
 ///
 /// \param profile  (m/z, intensity), ascending in m/z, intensities not negative; equal m/z count as
 /// one sample. O(n); safe to call from several threads
