@@ -1,5 +1,7 @@
 #include "tools/sources/SpectrumFile.h"
 
+#include "tools/sources/AccessionAdapter.h"
+#include "tools/sources/Fault.h"
 #include "tools/sources/FilteredFileBuffer.h"
 #include "tools/sources/UncompressedFile.h"
 
@@ -26,69 +28,6 @@ namespace cv = pwiz::cv;
 /// that.
 constexpr qint64 kHeadSize = 1 << 16;
 constexpr qint64 kTailSize = 1 << 12;
-
-/// Terms of the arrays that hold one mobility for each point: mean, raw and deconvoluted, drift
-/// time and inverse reduced. libpwiz of 2018 knows the first two.
-constexpr QByteArrayView kMobilityArrays[] = {"MS:1002477",
-                                              "MS:1002816",
-                                              "MS:1002893",
-                                              "MS:1003006",
-                                              "MS:1003007",
-                                              "MS:1003008",
-                                              "MS:1003153",
-                                              "MS:1003154",
-                                              "MS:1003155",
-                                              "MS:1003156"};
-/// The one that stands for all of them.
-constexpr const char* kMobilityArray = "MS:1002816";
-constexpr cv::CVID kMobilityArrayId = cv::MS_mean_inverse_reduced_ion_mobility_array;
-
-/// Runs a call into libpwiz and turns its exceptions into a text, empty when there was none.
-template <typename Call>
-QString faultOf(Call call)
-{
-    try {
-        call();
-        return {};
-    } catch (const std::bad_alloc&) {
-        return QStringLiteral("there is not enough memory for its data");
-    } catch (const std::exception& exception) {
-        return QString::fromUtf8(exception.what()).simplified();
-    } catch (...) {
-        return QStringLiteral("it cannot be read");
-    }
-}
-
-/// Replaces accessions by ones that this libpwiz reads without an exception.
-class AccessionAdapter
-{
-public:
-    void operator()(std::span<char> accession)
-    {
-        const QByteArray key(accession.data(), static_cast<qsizetype>(accession.size()));
-        auto known = m_replacements.constFind(key);
-        if (known == m_replacements.cend()) {
-            known = m_replacements.insert(key, replacementOf(key));
-        }
-        std::copy(known->cbegin(), known->cend(), accession.begin());
-    }
-
-private:
-    /// A text of the same length.
-    static QByteArray replacementOf(const QByteArray& accession)
-    {
-        if (std::ranges::find(kMobilityArrays, QByteArrayView(accession)) !=
-            std::end(kMobilityArrays)) {
-            return kMobilityArray;
-        }
-        const bool isKnown =
-            faultOf([&accession] { cv::cvTermInfo(accession.toStdString()); }).isEmpty();
-        // No vocabulary has this prefix.
-        return isKnown ? accession : QByteArray(accession).replace(0, 1, "?");
-    }
-
-    QHash<QByteArray, QByteArray> m_replacements;
-};
 
 /// The file as the kind of stream that libpwiz reads.
 class FilteredStream : public std::istream
@@ -389,9 +328,10 @@ Result<SpectrumArrays> SpectrumFile::readArrays(qsizetype index, qsizetype point
         seed->index = static_cast<std::size_t>(index);
         seed->defaultArrayLength = static_cast<std::size_t>(pointCount);
         d->current = d->spectra().spectrum(seed, true);
+        const cv::CVID mobilityArray = cv::cvTermInfo(kMobilityArrayAccession).cvid;
         arrays = {spanOf(d->current->getMZArray()),
                   spanOf(d->current->getIntensityArray()),
-                  spanOf(d->current->getArrayByCVID(kMobilityArrayId))};
+                  spanOf(d->current->getArrayByCVID(mobilityArray))};
     });
     if (!fault.isEmpty()) {
         ZEL_RETURN_ERROR(formatError(index, fault));
