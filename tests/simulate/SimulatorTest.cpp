@@ -1,0 +1,462 @@
+#include "tools/simulate/Simulator.h"
+
+#include "common/stable/PhysicalConstants.h"
+#include "tests/support/Matchers.h"
+#include "tools/simulate/RetentionDrift.h"
+#include "tools/simulate/ScanRenderer.h"
+#include "tools/simulate/SimulatedPeptide.h"
+#include "tools/sources/InMemoryDataSource.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+
+namespace zel::simulate {
+
+using msreader::InMemoryScan;
+using msreader::PeakPickingFilter;
+using test::HasError;
+using test::IsOk;
+using test::valueOf;
+using ::testing::HasSubstr;
+
+namespace {
+
+/// A run small enough for a test.
+SimulationSettings smallRun()
+{
+    SimulationSettings settings;
+    settings.endMinutes = 8.0;
+    settings.driftMinutes = 0.3;
+    settings.peptideCount = 40;
+    settings.missingFraction = 0.0;
+    return settings;
+}
+
+SimulationSettings withMobility(SimulationSettings settings)
+{
+    settings.endMinutes = 4.0;
+    settings.driftMinutes = 0.1;
+    settings.peptideCount = 20;
+    settings.backgroundIonCount = std::min(settings.backgroundIonCount, 10);
+    settings.mobilityScanCount = 120;
+    return settings;
+}
+
+double totalSignal(const SimulatedRun& run)
+{
+    double sum = 0.0;
+    for (const InMemoryScan& scan : run.scans) {
+        for (const QPointF& point : scan.points) {
+            sum += point.y();
+        }
+    }
+    return sum;
+}
+
+double totalArea(const SimulatedRun& run)
+{
+    double sum = 0.0;
+    for (const TrueIon& ion : run.truth) {
+        sum += ion.area;
+    }
+    return sum;
+}
+
+/// The intensity that a scan has around an m/z.
+double intensityAt(const InMemoryScan& scan, double mz, double halfWidth)
+{
+    double sum = 0.0;
+    for (const QPointF& point : scan.points) {
+        sum += std::abs(point.x() - mz) <= halfWidth ? point.y() : 0.0;
+    }
+    return sum;
+}
+
+bool equalScans(const SimulatedRun& a, const SimulatedRun& b)
+{
+    return std::equal(a.scans.cbegin(),
+                      a.scans.cend(),
+                      b.scans.cbegin(),
+                      b.scans.cend(),
+                      [](const InMemoryScan& x, const InMemoryScan& y) {
+                          return x.info.scanId == y.info.scanId && x.points == y.points;
+                      });
+}
+
+} // namespace
+
+TEST(SimulatorTest, HoldsTheStatedAreaWithoutNoise)
+{
+    for (const PeakPickingFilter kind : {PeakPickingFilter::Centroid, PeakPickingFilter::Profile}) {
+        for (const ResolutionModel model :
+             {ResolutionModel::Orbitrap, ResolutionModel::TimeOfFlight}) {
+            for (const bool hasMobility : {false, true}) {
+                SimulationSettings settings = smallRun().withoutNoise();
+                settings = hasMobility ? withMobility(settings) : settings;
+                settings.peptideCount = 10;
+                settings.scanKind = kind;
+                settings.resolutionModel = model;
+                settings.resolvingPower = 20000;
+                const SimulatedRun run = valueOf(simulateRun(settings, 0));
+                ASSERT_GT(run.truth.size(), 5);
+                const double minutesPerScan = settings.scanIntervalSeconds / 60.0;
+                // Cut are 6e-7 of the peaks in each dimension, and profile points at the range's
+                // end.
+                EXPECT_NEAR(totalSignal(run) * minutesPerScan / totalArea(run), 1.0, 1e-5)
+                    << static_cast<int>(kind) << " " << hasMobility;
+            }
+        }
+    }
+}
+
+TEST(SimulatorTest, PutsEachIonWhereTheTruthSays)
+{
+    qsizetype ionCount = 0;
+    for (std::uint64_t seed = 1; seed <= 6; ++seed) {
+        SimulationSettings settings = smallRun().withoutNoise();
+        settings.seed = seed;
+        settings.peptideCount = 1;
+        const SimulatedRun run = valueOf(simulateRun(settings, 0));
+        ionCount += run.truth.size();
+        for (const TrueIon& ion : run.truth) {
+            for (qsizetype k = 0; k < std::min<qsizetype>(4, ion.isotopeFractions.size()); ++k) {
+                const double mz = ionMz(ion.mass, ion.charge, static_cast<int>(k));
+                double sum = 0.0;
+                QPointF highest;
+                for (const InMemoryScan& scan : run.scans) {
+                    const double intensity = intensityAt(scan, mz, 0.01);
+                    const double minutes = scan.info.retentionTimeMinutes;
+                    sum += intensity * settings.scanIntervalSeconds / 60.0;
+                    highest = intensity > highest.y() ? QPointF(minutes, intensity) : highest;
+                    const double height = intensity / (ion.apexIntensity * ion.isotopeFractions[k]);
+                    EXPECT_EQ(height >= 0.01, minutes >= ion.rtStart && minutes <= ion.rtEnd)
+                        << minutes;
+                }
+                EXPECT_NEAR(sum / (ion.area * ion.isotopeFractions[k]), 1.0, 1e-5) << seed;
+                // The highest of scans a second apart; the peak is flat there.
+                EXPECT_NEAR(highest.x(), ion.rtApex, 0.51 / 60.0) << seed;
+                EXPECT_NEAR(highest.y() / (ion.apexIntensity * ion.isotopeFractions[k]), 1.0, 0.02);
+            }
+        }
+    }
+    EXPECT_GT(ionCount, 6);
+}
+
+TEST(SimulatorTest, SpreadsIonsOverTheirMobilityPeak)
+{
+    SimulationSettings settings = withMobility(smallRun().withoutNoise());
+    settings.peptideCount = 1;
+    int ionCount = 0;
+    for (std::uint64_t seed = 1; seed <= 5; ++seed) {
+        settings.seed = seed;
+        const SimulatedRun run = valueOf(simulateRun(settings, 0));
+        for (const TrueIon& ion : run.truth) {
+            double sum = 0.0;
+            double first = 0.0;
+            double second = 0.0;
+            for (const InMemoryScan& scan : run.scans) {
+                const double intensity = intensityAt(scan, ion.mz, 0.01);
+                sum += intensity;
+                first += intensity * scan.info.mobility;
+                second += intensity * scan.info.mobility * scan.info.mobility;
+            }
+            const double mean = first / sum;
+            EXPECT_NEAR(mean, ion.mobilityApex, 1e-5);
+            EXPECT_NEAR(std::sqrt(second / sum - mean * mean), settings.mobilitySigma, 1e-4);
+            EXPECT_NEAR(
+                ion.mobilityEnd - ion.mobilityStart, 2.0 * 3.0349 * settings.mobilitySigma, 1e-4);
+            ++ionCount;
+        }
+    }
+    EXPECT_GT(ionCount, 3);
+    EXPECT_NEAR(typicalMobility(1400.0, 2), 0.94, 0.03); // as tryptic peptides are measured
+    EXPECT_NEAR(typicalMobility(2100.0, 3), 0.82, 0.03);
+}
+
+TEST(SimulatorTest, NumbersScansAndFramesAsSourcesWantThem)
+{
+    const SimulationSettings plain = smallRun();
+    const SimulatedRun run = valueOf(simulateRun(plain, 0));
+    ASSERT_EQ(run.scans.size(), 481);
+    EXPECT_EQ(run.scans.first().info.scanId, msreader::MsScanId(1));
+    EXPECT_EQ(run.scans.last().info.scanId, msreader::MsScanId(481));
+    EXPECT_NEAR(run.scans.last().info.retentionTimeMinutes, 8.0, 1e-9);
+
+    const SimulationSettings mobile = withMobility(smallRun());
+    const SimulatedRun frames = valueOf(simulateRun(mobile, 0));
+    ASSERT_EQ(frames.scans.size(), 241 * 120);
+    EXPECT_EQ(frames.scans[120].info.scanId, msreader::MsScanId(2, 1));
+    EXPECT_NEAR(frames.scans[0].info.mobility, 1.6, 1e-12);
+    EXPECT_NEAR(frames.scans[119].info.mobility, 0.6, 1e-12);
+
+    for (const SimulatedRun* any : {&run, &frames}) {
+        for (const InMemoryScan& scan : any->scans) {
+            const auto ordered = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
+            ASSERT_TRUE(std::is_sorted(scan.points.cbegin(), scan.points.cend(), ordered));
+            for (const QPointF& point : scan.points) {
+                ASSERT_GE(point.y(), plain.minIntensity);
+                ASSERT_TRUE(scan.info.mzRange().contains(point.x()));
+            }
+        }
+        EXPECT_THAT(msreader::InMemoryDataSource::create(any->scans, QStringLiteral("run")),
+                    IsOk());
+    }
+}
+
+TEST(SimulatorTest, RepeatsItselfForOneSeed)
+{
+    SimulationSettings settings = smallRun();
+    settings.sampleCount = 3;
+    settings.missingFraction = 0.2;
+    const QList<SimulatedRun> runs = valueOf(simulate(settings));
+    ASSERT_EQ(runs.size(), 3);
+    // One sample alone is the same as in the company of others.
+    EXPECT_TRUE(equalScans(runs[2], valueOf(simulateRun(settings, 2))));
+    EXPECT_FALSE(equalScans(runs[1], runs[2]));
+    settings.seed = 2;
+    EXPECT_FALSE(equalScans(runs[0], valueOf(simulateRun(settings, 0))));
+}
+
+TEST(SimulatorTest, ShiftsSamplesSmoothlyAndLeavesPeptidesOut)
+{
+    SimulationSettings settings = smallRun();
+    settings.peptideCount = 400;
+    settings.sampleCount = 3;
+    settings.missingFraction = 0.3;
+    settings.retentionJitterSeconds = 0.0;
+    settings.abundanceSpread = 0.0;
+    const QList<SimulatedRun> runs = valueOf(simulate(settings.withoutNoise()));
+    std::map<std::pair<QString, int>, QList<TrueIon>> bySequence;
+    for (const SimulatedRun& run : runs) {
+        const RetentionDrift drift(settings, run.sampleIndex);
+        for (const TrueIon& ion : run.truth) {
+            EXPECT_EQ(ion.sample, run.sampleIndex);
+            EXPECT_NEAR(ion.rtApex, drift.map(ion.rtReference), 1e-12);
+            bySequence[{ion.sequence, ion.charge}].append(ion);
+        }
+    }
+    double present = 0.0;
+    for (const auto& [key, ions] : bySequence) {
+        present += static_cast<double>(ions.size());
+        for (const TrueIon& ion : ions) {
+            EXPECT_EQ(ion.area, ions.first().area);
+            EXPECT_EQ(ion.rtReference, ions.first().rtReference);
+        }
+    }
+    // Of ions that at least one of three samples has: 3 * 0.7 / (1 - 0.3^3).
+    EXPECT_NEAR(present / static_cast<double>(bySequence.size()), 2.158, 0.12);
+}
+
+TEST(RetentionDriftTest, RisesAndStaysInsideItsLimit)
+{
+    SimulationSettings settings;
+    settings.driftMinutes = settings.durationMinutes() / 10.0;
+    double greatest = 0.0;
+    for (int sample = 0; sample < 50; ++sample) {
+        const RetentionDrift drift(settings, sample);
+        double before = drift.map(-1e-3);
+        for (double minutes = 0.0; minutes <= settings.endMinutes; minutes += 0.01) {
+            const double mapped = drift.map(minutes);
+            ASSERT_GT(mapped, before) << "sample " << sample << " at " << minutes;
+            ASSERT_LE(std::abs(mapped - minutes), settings.driftMinutes);
+            ASSERT_TRUE(sample > 0 || mapped == minutes);
+            greatest = std::max(greatest, std::abs(mapped - minutes));
+            before = mapped;
+        }
+    }
+    EXPECT_GT(greatest, 0.5 * settings.driftMinutes);
+}
+
+TEST(ScanRendererTest, MergesWhatTheInstrumentCannotTellApart)
+{
+    SimulationSettings settings = SimulationSettings().withoutNoise();
+    settings.resolutionModel = ResolutionModel::TimeOfFlight;
+    settings.resolvingPower = 10000;
+    const ScanRenderer renderer(settings);
+    RandomStream random(1, {});
+    ASSERT_NEAR(renderer.fwhm(500.0), 0.05, 1e-12);
+    std::vector<Signal> close = {{500.03, 100.0}, {500.0, 300.0}, {500.2, 7.0}, {900.0, 0.0}};
+    const QList<QPointF> points = renderer.render(close, random);
+    ASSERT_EQ(points.size(), 2);
+    EXPECT_NEAR(points[0].x(), 500.0075, 1e-9);
+    EXPECT_NEAR(points[0].y(), 400.0, 1e-9);
+    EXPECT_EQ(points[1], QPointF(500.2, 7.0));
+
+    std::vector<Signal> many;
+    double sum = 0.0;
+    for (int i = 0; i < 2000; ++i) {
+        many.push_back({random.uniform(400.0, 420.0), random.uniform()});
+        sum += many.back().intensity;
+    }
+    const QList<QPointF> merged = renderer.render(many, random);
+    for (qsizetype i = 1; i < merged.size(); ++i) {
+        EXPECT_GE(merged[i].x() - merged[i - 1].x(), renderer.fwhm(merged[i - 1].x()));
+    }
+    double mergedSum = 0.0;
+    for (const QPointF& point : merged) {
+        mergedSum += point.y();
+    }
+    EXPECT_NEAR(mergedSum, sum, 1e-9 * sum);
+}
+
+TEST(ScanRendererTest, DrawsProfilePeaksOfTheRightPlaceWidthAndSum)
+{
+    for (const ResolutionModel model : {ResolutionModel::Orbitrap, ResolutionModel::TimeOfFlight}) {
+        SimulationSettings settings = SimulationSettings().withoutNoise();
+        settings.scanKind = PeakPickingFilter::Profile;
+        settings.resolutionModel = model;
+        settings.profilePointsPerFwhm = 8.0;
+        const ScanRenderer renderer(settings);
+        RandomStream random(1, {});
+        for (const double mz : {400.0, 801.23, 1400.5}) {
+            std::vector<Signal> signals = {{mz, 1000.0}};
+            double sum = 0.0;
+            double first = 0.0;
+            double second = 0.0;
+            for (const QPointF& point : renderer.render(signals, random)) {
+                sum += point.y();
+                first += point.y() * (point.x() - mz);
+                second += point.y() * (point.x() - mz) * (point.x() - mz);
+            }
+            EXPECT_NEAR(sum, 1000.0, 1e-2);
+            EXPECT_NEAR(first / sum, 0.0, 1e-3 * renderer.fwhm(mz));
+            EXPECT_NEAR(
+                2.35482 * std::sqrt(second / sum), renderer.fwhm(mz), 1e-3 * renderer.fwhm(mz));
+        }
+        // Overlapping peaks, given out of order, add up on one grid.
+        const double step = renderer.fwhm(700.0);
+        std::vector<Signal> both = {{700.0 + step, 10.0}, {700.0, 20.0}, {700.0 + 3.0 * step, 5.0}};
+        double sum = 0.0;
+        double before = 0.0;
+        for (const QPointF& point : renderer.render(both, random)) {
+            EXPECT_GT(point.x(), before);
+            before = point.x();
+            sum += point.y();
+        }
+        EXPECT_NEAR(sum, 35.0, 1e-3);
+    }
+}
+
+TEST(ScanRendererTest, AddsNoiseOfTheStatedSize)
+{
+    SimulationSettings settings = SimulationSettings().withoutNoise();
+    const auto spreadOf = [](const SimulationSettings& noisy) {
+        const ScanRenderer renderer(noisy);
+        RandomStream random(4, {});
+        QPointF sum;
+        QPointF squares;
+        constexpr int count = 20'000;
+        for (int i = 0; i < count; ++i) {
+            std::vector<Signal> signals = {{600.0, 4e4}};
+            const QPointF point = renderer.render(signals, random).value(0);
+            const QPointF deviation((point.x() - 600.0) / 600.0 * 1e6, (point.y() - 4e4) / 4e4);
+            sum += deviation;
+            squares += QPointF(deviation.x() * deviation.x(), deviation.y() * deviation.y());
+        }
+        EXPECT_NEAR(sum.x() / count, 0.0, 0.1);
+        EXPECT_NEAR(sum.y() / count, 0.0, 0.01);
+        return QPointF(std::sqrt(squares.x() / count), std::sqrt(squares.y() / count));
+    };
+    EXPECT_EQ(spreadOf(settings), QPointF(0.0, 0.0));
+    settings.mzNoisePpm = 3.0;
+    EXPECT_NEAR(spreadOf(settings).x(), 3.0, 0.1);
+    settings.intensityNoise = 0.1;
+    EXPECT_NEAR(spreadOf(settings).y(), 0.1, 0.005);
+    settings.intensityNoise = 0.0;
+    settings.intensityPerIon = 1000.0; // 40 ions
+    EXPECT_NEAR(spreadOf(settings).y(), 1.0 / std::sqrt(40.0), 0.005);
+}
+
+TEST(SimulatorTest, RefusesSettingsThatMakeNoSense)
+{
+    const auto refused = [](auto change) {
+        SimulationSettings settings = smallRun();
+        change(settings);
+        return simulateRun(settings, 0);
+    };
+    const std::pair<const char*, void (*)(SimulationSettings&)> rows[] = {
+        {"sampleCount", [](SimulationSettings& s) { s.sampleCount = 0; }},
+        {"peptideCount", [](SimulationSettings& s) { s.peptideCount = -1; }},
+        {"maxPeptideLength", [](SimulationSettings& s) { s.maxPeptideLength = 3; }},
+        {"minCharge", [](SimulationSettings& s) { s.minCharge = 0; }},
+        {"mzEnd", [](SimulationSettings& s) { s.mzEnd = s.mzStart; }},
+        {"mzStart", [](SimulationSettings& s) { s.mzStart = std::nan(""); }},
+        {"endMinutes", [](SimulationSettings& s) { s.endMinutes = -1.0; }},
+        {"scanIntervalSeconds", [](SimulationSettings& s) { s.scanIntervalSeconds = 0.0; }},
+        {"driftMinutes", [](SimulationSettings& s) { s.driftMinutes = 1.0; }},
+        {"peakSigmaSeconds", [](SimulationSettings& s) { s.peakSigmaSeconds = 0.0; }},
+        {"mobilityScanCount", [](SimulationSettings& s) { s.mobilityScanCount = 1; }},
+        {"mobilitySigma",
+         [](SimulationSettings& s) {
+             s.mobilityScanCount = 10;
+             s.mobilitySigma = 0.05;
+         }},
+        {"number of scans", [](SimulationSettings& s) { s.endMinutes = 1e6; }},
+        {"0.6 min",
+         [](SimulationSettings& s) {
+             s.endMinutes = 0.6;
+             s.driftMinutes = 0.0;
+         }},
+    };
+    for (const auto& [name, change] : rows) {
+        const auto result = refused(change);
+        ASSERT_THAT(result, HasError(kBadParameterError)) << name;
+        EXPECT_THAT(result.error().message().toStdString(), HasSubstr(name));
+    }
+    EXPECT_THAT(simulateRun(smallRun(), 1), HasError(kBadParameterError));
+    EXPECT_THAT(simulateRun(smallRun(), -1), HasError(kBadParameterError));
+}
+
+TEST(SimulatorTest, StopsWhenCanceled)
+{
+    class CanceledSink : public ProgressBarInterface
+    {
+    public:
+        void beginPhase(int) override {}
+        void setText(const QString&) override {}
+        void stepDone() override { ++m_stepCount; }
+        void endPhase() override {}
+        bool isCanceled() const override { return m_stepCount >= 2; }
+        int m_stepCount = 0;
+    };
+    const auto sink = QSharedPointer<CanceledSink>::create();
+    EXPECT_THAT(simulate(smallRun(), sink), HasError(kOperationCanceledError));
+    EXPECT_EQ(sink->m_stepCount, 2);
+}
+
+TEST(TruthTest, IsWrittenWithAllDigits)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("truth.tsv"));
+    const SimulatedRun run = valueOf(simulateRun(withMobility(smallRun()), 0));
+    ASSERT_THAT(writeTruth(path, run.truth), IsOk());
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QList<QByteArray> lines = file.readAll().split('\n');
+    ASSERT_EQ(lines.size(), run.truth.size() + 2);
+    const QList<QByteArray> names = lines[0].split('\t');
+    for (qsizetype i = 0; i < run.truth.size(); ++i) {
+        const QList<QByteArray> row = lines[i + 1].split('\t');
+        ASSERT_EQ(row.size(), names.size());
+        const auto column = [&](const char* name) { return row[names.indexOf(name)]; };
+        const TrueIon& ion = run.truth[i];
+        EXPECT_EQ(column("sequence"), ion.sequence.toUtf8());
+        EXPECT_EQ(column("charge").toInt(), ion.charge);
+        EXPECT_EQ(column("mono_mass").toDouble(), ion.mass);
+        EXPECT_EQ(column("mz").toDouble(), ion.mz);
+        EXPECT_EQ(column("rt_start").toDouble(), ion.rtStart);
+        EXPECT_EQ(column("rt_apex").toDouble(), ion.rtApex);
+        EXPECT_EQ(column("rt_end").toDouble(), ion.rtEnd);
+        EXPECT_EQ(column("mobility_apex").toDouble(), ion.mobilityApex);
+        EXPECT_EQ(column("area").toDouble(), ion.area);
+        EXPECT_EQ(column("isotope_fractions").split(',').size(), ion.isotopeFractions.size());
+    }
+    EXPECT_THAT(writeTruth(QStringLiteral("/nonexistent/truth.tsv"), run.truth),
+                HasError(kFileOpenError));
+}
+
+} // namespace zel::simulate
