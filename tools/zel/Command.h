@@ -1,0 +1,30 @@
+#pragma once
+
+#include "common/stable/Error.h"
+#include "common/stable/Progress.h"
+
+#include <QSharedPointer>
+
+#include <functional>
+
+namespace CLI {
+class App;
+}
+
+namespace zel::tool {
+
+/// What a command runs with.
+struct CommandContext
+{
+    QSharedPointer<ProgressBarInterface> progress;
+};
+
+/// The work of a command; its Error becomes the tool's error line and exit code.
+using CommandAction = std::function<Error(const CommandContext&)>;
+
+// Each declares its command's arguments and, when the command is chosen, sets `chosen` to its work.
+void addInfoCommand(CLI::App& tool, CommandAction& chosen);
+void addSimulateCommand(CLI::App& tool, CommandAction& chosen);
+void addXicCommand(CLI::App& tool, CommandAction& chosen);
+
+} // namespace zel::tool

@@ -1,0 +1,49 @@
+#include "tools/zel/TextOutput.h"
+
+#include <cstdio>
+
+namespace zel::tool {
+
+Result<std::unique_ptr<TextOutput>> TextOutput::open(const QString& path)
+{
+    std::unique_ptr<TextOutput> output(new TextOutput);
+    if (path.isEmpty() || path == QLatin1String("-")) {
+        auto file = std::make_unique<QFile>();
+        if (!file->open(stdout, QIODevice::WriteOnly)) {
+            ZEL_RETURN_ERROR(kFileOpenError, "Could not open standard output");
+        }
+        output->m_device = std::move(file);
+        return output;
+    }
+    auto file = std::make_unique<QSaveFile>(path);
+    if (!file->open(QIODevice::WriteOnly)) {
+        ZEL_RETURN_ERROR(kFileOpenError,
+                         QStringLiteral("Could not write %1: %2").arg(path, file->errorString()));
+    }
+    output->m_saveFile = file.get();
+    output->m_device = std::move(file);
+    return output;
+}
+
+TextOutput& TextOutput::operator<<(const QByteArray& text)
+{
+    m_failed = m_failed || m_device->write(text) != text.size();
+    return *this;
+}
+
+Error TextOutput::commit()
+{
+    m_failed = !m_device->flush() || m_failed;
+    if (m_saveFile != nullptr) {
+        m_failed = m_failed || !m_saveFile->commit();
+    }
+    if (m_failed) {
+        const QString name =
+            m_saveFile == nullptr ? QStringLiteral("standard output") : m_saveFile->fileName();
+        ZEL_RETURN_ERROR(
+            kError, QStringLiteral("Could not write %1: %2").arg(name, m_device->errorString()));
+    }
+    return kNoError;
+}
+
+} // namespace zel::tool

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "common/stable/Result.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+namespace zel::tool {
+
+/// A table of tab-separated text with one header line. Empty lines and lines that start with '#'
+/// are skipped.
+class TsvTable
+{
+public:
+    /// \return kFileOpenError; kFileFormatError naming the line for a row whose number of cells is
+    /// not that of the header
+    static Result<TsvTable> read(const QString& path);
+
+    int rowCount() const { return static_cast<int>(m_rows.size()); }
+    bool hasColumn(const QString& column) const { return m_columns.contains(column); }
+
+    /// The cell's text without blanks around it; empty for a column that is not there.
+    QString text(int row, const QString& column) const;
+
+    /// The cell as a finite number. \return kFileFormatError naming file, line and column
+    Result<double> number(int row, const QString& column) const;
+    /// The same for a cell that may be empty or whose column may be missing.
+    Result<std::optional<double>> optionalNumber(int row, const QString& column) const;
+
+    /// An error about a row: "FILE, line N: MESSAGE".
+    Error rowError(int row, const QString& message) const;
+
+private:
+    struct Row
+    {
+        int lineNumber;
+        QStringList cells;
+    };
+
+    QString m_path;
+    QHash<QString, qsizetype> m_columns;
+    QList<Row> m_rows;
+};
+
+} // namespace zel::tool
