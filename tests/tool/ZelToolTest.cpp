@@ -142,7 +142,7 @@ TEST_F(ZelToolTest, SimulatesRunsThatItCanRead)
                                    text("-o"),
                                    path(text("s.mzML")),
                                    text("--minutes"),
-                                   text("2"),
+                                   text("4"),
                                    text("--peptides"),
                                    text("5"),
                                    text("--samples"),
@@ -153,7 +153,7 @@ TEST_F(ZelToolTest, SimulatesRunsThatItCanRead)
     EXPECT_EQ(files(), (QStringList{text("s.truth.tsv"), text("s_1.mzML"), text("s_2.mzML")}));
     const Outcome info = zel({text("info"), path(text("s_1.mzML")), path(text("s_2.mzML"))});
     EXPECT_EQ(info.exitCode, 0) << info.errors.toStdString();
-    EXPECT_EQ(info.output.count(text("MS1: 121 spectra")), 2) << info.output.toStdString();
+    EXPECT_EQ(info.output.count(text("MS1: 241 spectra")), 2) << info.output.toStdString();
 }
 
 namespace {
