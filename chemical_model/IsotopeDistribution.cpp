@@ -89,20 +89,21 @@ void scaleBy(IsotopeProbabilities& values, double factor)
     }
 }
 
-/// a * b, cut at `peakCount` terms.
-IsotopeProbabilities product(const IsotopeProbabilities& a,
-                             const IsotopeProbabilities& b,
-                             qsizetype peakCount)
+/// Multiplies two polynomials, cut at `peakCount` terms. In place, as the move assignment of
+/// Qt 6.4's QVarLengthArray leaks the memory of the array that is assigned to.
+void multiplyBy(IsotopeProbabilities& values,
+                const IsotopeProbabilities& factor,
+                qsizetype peakCount)
 {
-    IsotopeProbabilities result(std::min(peakCount, a.size() + b.size() - 1), 0.0);
-    for (qsizetype i = 0; i < a.size(); ++i) {
-        const double factor = a[i];
-        const qsizetype count = std::min(b.size(), result.size() - i);
+    const IsotopeProbabilities old = values;
+    values.clear();
+    values.resize(std::min(peakCount, old.size() + factor.size() - 1), 0.0);
+    for (qsizetype i = 0; i < old.size(); ++i) {
+        const qsizetype count = std::min(factor.size(), values.size() - i);
         for (qsizetype k = 0; k < count; ++k) {
-            result[i + k] += factor * b[k];
+            values[i + k] += old[i] * factor[k];
         }
     }
-    return result;
 }
 
 /// p^n by the recurrence, up to a common factor that makes its maximum 1; ends where nothing of
@@ -145,10 +146,10 @@ IsotopeProbabilities powerBySquaring(const ElementPolynomial& p, qsizetype n, qs
     IsotopeProbabilities result(1, 1.0);
     for (qsizetype bits = n; bits > 0; bits >>= 1) {
         if ((bits & 1) != 0) {
-            result = product(result, square, peakCount);
+            multiplyBy(result, square, peakCount);
         }
         if (bits > 1) {
-            square = product(square, square, peakCount);
+            multiplyBy(square, IsotopeProbabilities(square), peakCount);
         }
     }
     return result;
@@ -183,20 +184,19 @@ Error aggregatedIsotopeDistribution(std::span<const ElementAmount> composition,
                                    .arg(wanted));
     }
     const auto peakCount = static_cast<qsizetype>(wanted);
-    IsotopeProbabilities all(1, 1.0);
+    probabilities->clear();
+    probabilities->append(1.0);
     for (const ElementAmount& amount : composition) {
         const ElementPolynomial& polynomial = polynomialOf(amount.element);
-        if (polynomial.degree == 0 || amount.count == 0.0) {
-            continue;
+        if (polynomial.degree > 0 && amount.count > 0.0) {
+            multiplyBy(
+                *probabilities, elementPower(polynomial, amount.count, peakCount), peakCount);
         }
-        const IsotopeProbabilities power = elementPower(polynomial, amount.count, peakCount);
-        all = all.size() == 1 ? power : product(all, power, peakCount);
     }
     std::ranges::replace_if(
-        all, [](double value) { return value < 0.0; }, 0.0);
-    const double sum = std::accumulate(all.cbegin(), all.cend(), 0.0);
-    scaleBy(all, 1.0 / sum);
-    *probabilities = std::move(all);
+        *probabilities, [](double value) { return value < 0.0; }, 0.0);
+    scaleBy(*probabilities,
+            1.0 / std::accumulate(probabilities->cbegin(), probabilities->cend(), 0.0));
     return kNoError;
 }
 
