@@ -4,9 +4,9 @@
 #include "common/stable/Progress.h"
 #include "common/stable/Stringify.h"
 #include "tests/support/Matchers.h"
+#include "tests/support/RecordingSink.h"
 
 #include <QJsonDocument>
-#include <QTextStream>
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -15,25 +15,8 @@ namespace zel {
 
 using test::HasError;
 using test::IsOk;
+using test::RecordingSink;
 using ::testing::ElementsAre;
-
-namespace {
-
-class RecordingSink : public ProgressBarInterface
-{
-public:
-    bool isCanceled() const override { return canceled; }
-    void beginPhase(int stepCount) override { calls << "begin " << stepCount << ';'; }
-    void setText(const QString& text) override { calls << text << ';'; }
-    void stepDone() override { calls << "step;"; }
-    void endPhase() override { calls << "end;"; }
-
-    bool canceled = false;
-    QString log;
-    QTextStream calls{&log};
-};
-
-} // namespace
 
 TEST(ProgressTest, DrivesTheSinkFromOpeningToClosing)
 {

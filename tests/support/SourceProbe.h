@@ -20,6 +20,7 @@ public:
     QList<qsizetype> chunkSizes;         ///< queries of each scanData call
     int callCount = 0;                   ///< of all operations
     bool reverseScanIds = false;         ///< hand out the ids in descending time
+    bool loseLastSpectrum = false;       ///< hand out one spectrum less than asked for
     Error failRangeWith;                 ///< fails retentionTimeRange
     Error failInfoWith;                  ///< fails scanInfoBasic
     Error failDataWith;                  ///< fails scanData
@@ -74,7 +75,14 @@ public:
         for (const msreader::MsQuery& query : queries) {
             readIds.append(query.scanId().value_or(msreader::MsScanId()));
         }
-        return failDataWith.hasError() ? failDataWith : m_source->scanData(queries);
+        if (failDataWith.hasError()) {
+            return failDataWith;
+        }
+        auto spectra = m_source->scanData(queries);
+        if (spectra.isOk() && loseLastSpectrum) {
+            spectra.value().removeLast();
+        }
+        return spectra;
     }
     Result<QList<QPointF>> scanData(const msreader::MsQuery& query) override
     {

@@ -124,7 +124,7 @@ public:
             total += count;
         }
         m_ends = m_starts;
-        m_matrix.resizeNonZeros(total);
+        allocateEntries(&m_matrix, total);
     }
 
     /// Appends an entry to a column, below those that it has.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/stable/LargePages.h"
+
 #include <Eigen/SparseCore>
 
 #include <algorithm>
@@ -55,6 +57,16 @@ StoredEntries storedEntries(const Eigen::SparseVector<double, Options, int>& vec
 {
     const auto size = static_cast<std::size_t>(vector.nonZeros());
     return {{vector.innerIndexPtr(), size}, {vector.valuePtr(), size}};
+}
+
+/// Gives a compressed matrix room for `count` entries, whose places and values are then to be
+/// written through its pointers, in large pages where they pay.
+template <int Options>
+void allocateEntries(Eigen::SparseMatrix<double, Options, int>* matrix, Eigen::Index count)
+{
+    matrix->resizeNonZeros(count);
+    adviseLargePages(matrix->innerIndexPtr(), static_cast<std::size_t>(count) * sizeof(int));
+    adviseLargePages(matrix->valuePtr(), static_cast<std::size_t>(count) * sizeof(double));
 }
 
 } // namespace zel

@@ -1,0 +1,114 @@
+#include "turbo/TurboXim.h"
+
+#include "tests/support/Matchers.h"
+#include "tests/turbo/TurboReference.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace zel {
+
+using test::HasError;
+using test::IsOk;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace {
+
+using Frame = QMap<int, QList<QPointF>>;
+
+constexpr TurboXicSettings kSettings{.granularity = 1000, .maxIonCount = 60};
+
+} // namespace
+
+TEST(TurboXimTest, EqualsThePlainSumOverTheMobilityScans)
+{
+    constexpr unsigned seed = 41;
+    std::mt19937 random(seed);
+    Frame frame;
+    for (const int scan : {0, 1, 3, 4, 5, 9}) {
+        frame[scan] = test::randomPeaks(random, 10 * scan + 40, 400.0, 400.5);
+    }
+    TurboXim xim(kSettings);
+    ASSERT_THAT(xim.init(frame), IsOk());
+    ASSERT_EQ(xim.matrixColumnCount(), 10);
+
+    std::uniform_real_distribution<double> mz(399.9, 400.6);
+    for (int i = 0; i < 500; ++i) {
+        const double start = mz(random);
+        const Interval<double> window{start, start + 0.1 * static_cast<double>(i % 4)};
+        const Interval<int> scans{i % 5, i % 5 + i % 6};
+        if (scans == Interval<int>()) {
+            continue;
+        }
+        QList<QPointF> wanted;
+        for (int scan = scans.start; scan < scans.end; ++scan) {
+            double sum = 0.0;
+            for (const auto& [bin, intensity] : test::indexedPeaks(frame[scan], kSettings)) {
+                const bool inside = std::floor(window.start * 1000 + 0.5) <= bin &&
+                                    bin <= std::floor(window.end * 1000 + 0.5);
+                sum += inside ? intensity : 0.0;
+            }
+            wanted.append(QPointF(scan, sum));
+        }
+        ASSERT_EQ(test::valueOf(xim.retrieveXim(window, scans)), wanted)
+            << "seed " << seed << ", m/z " << window.start << " to " << window.end << ", scans "
+            << scans.start << " to " << scans.end;
+    }
+}
+
+TEST(TurboXimTest, TheLastPeakOfABinStaysInWhateverOrderTheyCome)
+{
+    TurboXim xim(kSettings);
+    ASSERT_THAT(xim.init({{1, {{500.0001, 7}, {500.0002, 3}, {499.0, 2}, {499.5, 9}, {499.0, 5}}},
+                          {2, {{501.0, 1}}}}),
+                IsOk());
+    EXPECT_THAT(test::valueOf(xim.retrieveXim({500.0, 500.0}, {1, 2})), ElementsAre(QPointF(1, 3)));
+    EXPECT_THAT(test::valueOf(xim.retrieveXim({499.0, 499.1}, {1, 2})), ElementsAre(QPointF(1, 5)));
+    EXPECT_THAT(test::valueOf(xim.retrieveXim({498.9, 500.1}, {1, 2})),
+                ElementsAre(QPointF(1, 17)));
+}
+
+TEST(TurboXimTest, ARangeOutsideTheIndexGivesAnEmptyList)
+{
+    TurboXim xim(kSettings);
+    ASSERT_THAT(xim.init({{3, {{400.0, 1}}}, {5, {}}, {7, {{500.0, 2}}}}), IsOk());
+    ASSERT_EQ(xim.matrixColumnCount(), 8);
+    const auto pointCount = [&xim](Interval<double> mz, Interval<int> scans) {
+        return test::valueOf(xim.retrieveXim(mz, scans)).size();
+    };
+    const Interval<double> inside{399.0, 500.9};
+    EXPECT_EQ(pointCount(inside, {0, 7}), 7);
+    EXPECT_EQ(pointCount(inside, {0, 8}), 0) << "the end equals the number of columns";
+    EXPECT_EQ(pointCount(inside, {-1, 7}), 0);
+    EXPECT_EQ(pointCount(inside, {2, 2}), 0);
+    EXPECT_EQ(pointCount(inside, {5, 2}), 0);
+    EXPECT_EQ(pointCount({400.0, 501.0}, {0, 7}), 0) << "at the number of bins";
+    EXPECT_EQ(pointCount({400.0, 500.999}, {0, 7}), 7) << "the last bin";
+    EXPECT_EQ(pointCount({-1.0, 500.0}, {0, 7}), 0);
+    EXPECT_EQ(pointCount({400.0, std::numeric_limits<double>::max()}, {0, 7}), 0);
+    EXPECT_THAT(xim.retrieveXim({0.0, 0.0}, {0, 7}), HasError(kBadParameterError));
+    EXPECT_THAT(xim.retrieveXim(inside, {0, 0}), HasError(kBadParameterError));
+}
+
+TEST(TurboXimTest, NeedsPeaksAndTwoColumns)
+{
+    TurboXim xim(kSettings);
+    EXPECT_FALSE(xim.isValid());
+    EXPECT_EQ(xim.matrixColumnCount(), 0);
+    EXPECT_THAT(xim.retrieveXim({1.0, 2.0}, {0, 1}), HasError(kError));
+    EXPECT_THAT(xim.init({}), HasError(kError));
+    EXPECT_THAT(xim.init({{4, {}}}), HasError(kError)) << "no peak";
+    EXPECT_THAT(xim.init({{-1, {{400.0, 1}}}}), HasError(kBadParameterError));
+    EXPECT_THAT(xim.init({{std::numeric_limits<int>::max(), {{400.0, 1}}}}),
+                HasError(kBadParameterError));
+    EXPECT_FALSE(xim.isValid());
+    ASSERT_THAT(xim.init({{0, {{400.0, 1}}}}), IsOk());
+    EXPECT_FALSE(xim.isValid()) << "one column";
+    EXPECT_THAT(xim.retrieveXim({1.0, 2.0}, {0, 1}), HasError(kError));
+    ASSERT_THAT(xim.init({{1, {{400.0, 0}}}}), IsOk()) << "a peak of intensity 0 is one";
+    EXPECT_TRUE(xim.isValid());
+}
+
+} // namespace zel
