@@ -25,6 +25,14 @@ bool sameEntries(const StoredEntries& a, const StoredEntries& b)
 
 } // namespace
 
+void TurboXic::Private::setContent(Eigen::SparseMatrix<double>&& matrix, Eigen::VectorXd&& times)
+{
+    intensityMatrix.swap(matrix);
+    scanTimes.swap(times);
+    mzDirectory = MzDirectory(intensityMatrix);
+    initialized = true;
+}
+
 TurboXic::TurboXic()
     : TurboXic(TurboXicSettings())
 {}

@@ -7,8 +7,11 @@
 #include "common/stable/Result.h"
 
 #include <QList>
+#include <QMap>
 #include <QPointF>
 #include <QSharedPointer>
+#include <QVariant>
+#include <QVersionNumber>
 
 #include <memory>
 
@@ -29,8 +32,8 @@ class MsDataSourceInterface;
 /// Memory: 12 bytes a peak, and a quarter of a byte for the directory that each look starts from.
 /// While the index is built, room for `maxIonCount` peaks a scan is reserved.
 ///
-/// An object is initialized once, on one thread. After that it is only read, and retrieval is safe
-/// from several threads at once.
+/// An object is initialized once, by `init` or `load`, on one thread. After that it is only read,
+/// and retrieval is safe from several threads at once.
 class ZEL_EXPORT TurboXic
 {
 public:
@@ -52,7 +55,7 @@ public:
                const QString& dataFingerprint,
                QSharedPointer<ProgressBarInterface> progress);
 
-    /// True once `init` has succeeded.
+    /// True once `init` or `load` has succeeded.
     bool isInitialized() const;
     /// True when the index has at least two bins and two scans; retrieval needs no more.
     bool isValid() const;
@@ -88,6 +91,36 @@ public:
     /// True when both hold the same scan times and the same peaks. Settings and fingerprint do not
     /// count.
     bool compare(const TurboXic& other) const;
+
+    /// Writes the index to a cache file, in the format of docs/file-formats.md. The file is
+    /// replaced as a whole or left as it was; missing folders are made. \return kFileOpenError when
+    /// the folder or the file cannot be made, kError when writing fails
+    Error save(const QString& path) const;
+
+    /// Takes the index of a cache file. The file is read completely before anything is believed:
+    /// whatever is wrong with it, the object stays as it was. \return kFileFormatError: "Invalid
+    /// header" when it is no cache file or cannot be read, "Invalid
+    ///         version", "MSReader options does not match" when it was made with other settings
+    ///         (`preGuavaCompatible` apart), or "Invalid file format"
+    Error load(const QString& path);
+    Error load(const QByteArray& bytes);
+
+    /// Whether the file has the header of a cache with this object's settings. Its body is not
+    /// read.
+    bool isValidCacheFile(const QString& path) const;
+
+    /// What the header of a cache file says, whatever its settings: "Version" (text), "DateTime"
+    /// (QDateTime), "Options" (a map of "Granularity", "MaxMz", "MaxIonCount", "PeakPickingFilter")
+    /// and "DataFingerprint". \return kFileOpenError, or kFileFormatError as `load` gives it
+    static Result<QMap<QString, QVariant>> loadHeader(const QString& path);
+
+    /// What the name of a cache file ends with.
+    static QString extension();
+    /// The version of the cache file's format.
+    static QVersionNumber version();
+    /// The end of a file name by which TurboXicLoader knows that a file is a cache, which it may
+    /// remove.
+    static QString cacheIdentifier();
 
 private:
     class Private;

@@ -137,14 +137,13 @@ Error TurboXic::Private::build(msreader::MsDataSourceInterface* source,
             ErrorUtils::equal<bool>(builder.entryCount() != 0, true, Error(kError)));
         Eigen::VectorXd times(scanCount);
         std::ranges::transform(scans, times.begin(), &ScanInfoBasic::retentionTimeMinutes);
-        builder.finish(&intensityMatrix);
-        scanTimes.swap(times);
-        mzDirectory = MzDirectory(intensityMatrix);
+        Eigen::SparseMatrix<double> matrix;
+        builder.finish(&matrix);
+        setContent(std::move(matrix), std::move(times));
     } catch (const std::bad_alloc&) {
         ZEL_RETURN_ERROR(
             kError, QStringLiteral("Not enough memory for an index of %1 scans").arg(scans.size()));
     }
-    initialized = true;
     return kNoError;
 }
 

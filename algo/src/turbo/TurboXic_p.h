@@ -25,6 +25,10 @@ public:
                 const QString& fingerprint,
                 const QSharedPointer<ProgressBarInterface>& progress);
 
+    /// Takes over a finished index; the object is then initialized.
+    /// \param matrix  compressed
+    void setContent(Eigen::SparseMatrix<double>&& matrix, Eigen::VectorXd&& times);
+
     bool isValid() const { return intensityMatrix.rows() >= 2 && intensityMatrix.cols() >= 2; }
     Result<QList<QPointF>> retrieveXic(const XicDimensions& dimensions) const;
     Result<QList<QPointF>> retrieveXicPreGuava(const XicDimensions& dimensions) const;
