@@ -26,5 +26,6 @@ using CommandAction = std::function<Error(const CommandContext&)>;
 void addInfoCommand(CLI::App& tool, CommandAction& chosen);
 void addSimulateCommand(CLI::App& tool, CommandAction& chosen);
 void addXicCommand(CLI::App& tool, CommandAction& chosen);
+void addXimCommand(CLI::App& tool, CommandAction& chosen);
 
 } // namespace zel::tool

@@ -23,20 +23,36 @@ std::optional<Interval<double>> splitRange(const std::string& text)
     return startOk && endOk ? std::optional(Interval<double>{start, end}) : std::nullopt;
 }
 
+/// Accepts "A-B" with A <= B. \param what  what the range is of, in the error text
+CLI::Validator rangeValidator(const std::string& what)
+{
+    return {[what](std::string& text) -> std::string {
+                const auto range = splitRange(text);
+                if (!range) {
+                    return "expected a range of " + what + " A-B, but found \"" + text + '"';
+                }
+                return range->start <= range->end
+                           ? std::string()
+                           : "the range of " + what + ' ' + text + " ends before it starts";
+            },
+            "A-B"};
+}
+
 } // namespace
 
 CLI::Validator timeRangeValidator()
 {
-    return {[](std::string& text) -> std::string {
-                const auto range = splitRange(text);
-                if (!range) {
-                    return "expected a time range A-B in minutes, but found \"" + text + '"';
-                }
-                return range->start <= range->end
-                           ? std::string()
-                           : "the time range " + text + " ends before it starts";
-            },
-            "A-B"};
+    return rangeValidator("times");
+}
+
+CLI::Validator mzRangeValidator()
+{
+    return rangeValidator("m/z");
+}
+
+Interval<double> parseMzRange(const std::string& text)
+{
+    return splitRange(text).value_or(Interval<double>());
 }
 
 TimeSet parseTimeRange(const std::string& text)

@@ -57,6 +57,7 @@ int main(int argc, char** argv)
     tool::addInfoCommand(tool, chosen);
     tool::addSimulateCommand(tool, chosen);
     tool::addXicCommand(tool, chosen);
+    tool::addXimCommand(tool, chosen);
     try {
         tool.parse(argc, argv);
     } catch (const CLI::ParseError& problem) {

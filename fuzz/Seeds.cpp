@@ -1,0 +1,67 @@
+// Writes one folder of valid inputs for each fuzz target below the folder that is given.
+
+#include "tools/sources/InMemoryDataSource.h"
+#include "turbo/TurboXic.h"
+
+#include <QDataStream>
+#include <QDir>
+#include <QFile>
+
+#include <cstdio>
+
+namespace {
+
+bool writeFile(const QString& path, const QByteArray& content)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(content) == content.size();
+}
+
+bool writeCacheSeed(const QString& path, const QList<QList<QPointF>>& spectra)
+{
+    QList<zel::msreader::InMemoryScan> scans;
+    for (qsizetype i = 0; i < spectra.size(); ++i) {
+        zel::msreader::InMemoryScan scan;
+        scan.info.scanId = zel::msreader::MsScanId(i + 1);
+        scan.info.retentionTimeMinutes = 0.1 * static_cast<double>(i);
+        scan.points = spectra[i];
+        scans.append(scan);
+    }
+    zel::TurboXicSettings settings;
+    settings.granularity = 100;
+    settings.maxMz = 600;
+    settings.maxIonCount = 20;
+    zel::TurboXic index(settings);
+    const auto source = zel::msreader::InMemoryDataSource::create(scans, QStringLiteral("seed"));
+    return source.isOk() &&
+           !index.init(source.value().get(), QStringLiteral("seed"), {}).hasError() &&
+           !index.save(path).hasError();
+}
+
+bool writeSeeds(const QString& folder)
+{
+    for (const char* const target : {"turboxiccache", "turboxicsettings", "formula"}) {
+        if (!QDir(folder).mkpath(QString::fromLatin1(target))) {
+            return false;
+        }
+    }
+    const QList<QPointF> peaks = {{400.0, 3}, {500.0, 7}};
+    QByteArray settings;
+    QDataStream(&settings, QIODevice::WriteOnly) << zel::TurboXicSettings();
+    return writeCacheSeed(folder + QStringLiteral("/turboxiccache/gaps"), {peaks, {}, peaks}) &&
+           writeCacheSeed(folder + QStringLiteral("/turboxiccache/last"), {{}, {}, peaks}) &&
+           writeFile(folder + QStringLiteral("/turboxicsettings/default"), settings) &&
+           writeFile(folder + QStringLiteral("/formula/glucose"), "C6H12O6") &&
+           writeFile(folder + QStringLiteral("/formula/deamidation"), "N(-1)H(-1)O(1)");
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc != 2 || !writeSeeds(QString::fromLocal8Bit(argv[1]))) {
+        std::fputs("usage: fuzz_seeds FOLDER\n", stderr);
+        return 1;
+    }
+    return 0;
+}
