@@ -53,7 +53,8 @@ void setScan(const InMemoryScan& scan, bool isCombined, Mobility mobility, pw::S
                             cv::MS_volt_second_per_square_centimeter);
         }
     }
-    for (const Interval<double>& range : scan.info.mzRange().intervals()) {
+    const math::ClosedMultiInterval<double, 10> mzRange = scan.info.mzRange();
+    for (const Interval<double>& range : mzRange.intervals()) {
         pw::ScanWindow window;
         window.set(cv::MS_scan_window_lower_limit, textOf(range.start), cv::MS_m_z);
         window.set(cv::MS_scan_window_upper_limit, textOf(range.end), cv::MS_m_z);

@@ -272,7 +272,8 @@ Result<std::unique_ptr<SpectrumFile>> SpectrumFile::open(const QString& path)
         }
     });
     if (!fault.isEmpty()) {
-        ZEL_RETURN_ERROR(opened->formatError(fault));
+        ZEL_RETURN_ERROR(
+            opened->formatError(QStringLiteral("its header cannot be read: %1").arg(fault)));
     }
     if (data.run.spectrumListPtr == nullptr || data.run.spectrumListPtr->size() == 0) {
         ZEL_RETURN_ERROR(opened->formatError(QStringLiteral("it contains no spectra")));
@@ -303,7 +304,8 @@ Result<SpectrumHeader> SpectrumFile::readHeader(qsizetype index)
         header = headerOf(*d->spectra().spectrum(static_cast<std::size_t>(index), false));
     });
     if (!fault.isEmpty()) {
-        ZEL_RETURN_ERROR(formatError(index, fault));
+        ZEL_RETURN_ERROR(
+            formatError(index, QStringLiteral("its header cannot be read: %1").arg(fault)));
     }
     if (!header.isMassSpectrum) {
         return header;
@@ -334,7 +336,8 @@ Result<SpectrumArrays> SpectrumFile::readArrays(qsizetype index, qsizetype point
                   spanOf(d->current->getArrayByCVID(mobilityArray))};
     });
     if (!fault.isEmpty()) {
-        ZEL_RETURN_ERROR(formatError(index, fault));
+        ZEL_RETURN_ERROR(
+            formatError(index, QStringLiteral("its data cannot be decoded: %1").arg(fault)));
     }
     const auto count = static_cast<std::size_t>(pointCount);
     const bool hasMobility = !arrays.mobility.empty();

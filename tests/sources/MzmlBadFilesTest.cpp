@@ -1,0 +1,213 @@
+#include "tests/support/Matchers.h"
+#include "tests/support/MzmlText.h"
+#include "tests/support/Spectra.h"
+#include "tools/sources/MzmlDataSource.h"
+#include "tools/sources/MzmlWriter.h"
+
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+
+namespace zel::msreader {
+
+using namespace test;
+using ::testing::HasSubstr;
+
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+QByteArray oneSpectrum(const std::function<void(MzmlSpectrum&)>& spoil)
+{
+    MzmlSpectrum spectrum;
+    spoil(spectrum);
+    return mzmlText({spectrum});
+}
+
+QByteArray withPoints(const QList<QPointF>& points)
+{
+    return oneSpectrum([&points](MzmlSpectrum& spectrum) { spectrum.points = points; });
+}
+
+/// Two points and these two arrays.
+QByteArray withArrays(const QByteArray& mz, const QByteArray& intensity)
+{
+    return oneSpectrum([&mz, &intensity](MzmlSpectrum& spectrum) {
+        spectrum.arrays = arrayList({mz, intensity});
+    });
+}
+
+QByteArray withTime(const QByteArray& time)
+{
+    return oneSpectrum([&time](MzmlSpectrum& spectrum) { spectrum.time = time; });
+}
+
+QByteArray descendingTimes()
+{
+    MzmlSpectrum second;
+    second.id = "scan=2";
+    second.minutes = 0.5;
+    return mzmlText({MzmlSpectrum(), second});
+}
+
+QByteArray garbage()
+{
+    std::mt19937 random(5);
+    QByteArray bytes(5000, '\0');
+    for (char& byte : bytes) {
+        byte = static_cast<char>(random());
+    }
+    return bytes;
+}
+
+/// The bytes of a good file in gzip.
+QByteArray gzipped()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("good.mzML.gz"));
+    QList<QPointF> points;
+    std::mt19937 random(3);
+    for (int i = 0; i < 5000; ++i) {
+        points.append(QPointF(400.0 + 0.1 * i, double(random())));
+    }
+    if (writeMzml(path, {scanOf(1, 1.0, points)}).hasError()) {
+        return {};
+    }
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray damaged(QByteArray bytes)
+{
+    for (qsizetype i = bytes.size() / 2; i < bytes.size() / 2 + 50; ++i) {
+        bytes[i] = '?';
+    }
+    return bytes;
+}
+
+const QByteArray kMz = mzArray({500.0, 501.0});
+const QByteArray kIntensity = intensityArray({10.0, 20.0});
+
+struct BadFile
+{
+    const char* name;
+    std::optional<QByteArray> bytes; ///< none: there is no such file
+    ErrorCode code;
+    const char* message;
+};
+
+void PrintTo(const BadFile& row, std::ostream* os)
+{
+    *os << row.name;
+}
+
+class MzmlBadFilesTest : public ::testing::TestWithParam<BadFile>
+{};
+
+/// Reads a file as a whole.
+Error readAll(const QString& path)
+{
+    ZEL_ASSIGN_OR_RETURN(const QSharedPointer<MzmlDataSource> source, MzmlDataSource::open(path));
+    ZEL_ASSIGN_OR_RETURN([[maybe_unused]] const QList<QPointF> plot, source->basePeakPlot());
+    return kNoError;
+}
+
+} // namespace
+
+TEST_P(MzmlBadFilesTest, NamesTheFileAndWhatIsWrong)
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("bad.mzML"));
+    if (GetParam().bytes) {
+        writeFile(path, *GetParam().bytes);
+    }
+    const Error error = readAll(path);
+    ASSERT_THAT(error, HasError(GetParam().code));
+    EXPECT_THAT(error.message().toStdString(), HasSubstr("bad.mzML"));
+    EXPECT_THAT(error.message().toStdString(), HasSubstr(GetParam().message));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files,
+    MzmlBadFilesTest,
+    ::testing::Values(
+        BadFile{"Missing", std::nullopt, kFileOpenError, "could not be opened"},
+        BadFile{"Empty", "", kFileFormatError, "is empty"},
+        BadFile{"Text", "m/z\tintensity\n", kFileFormatError, "no mzML or mzXML file"},
+        BadFile{"Garbage", garbage(), kFileFormatError, "no mzML or mzXML file"},
+        BadFile{"CutOff", mzmlText({MzmlSpectrum()}).chopped(200), kFileFormatError, "cut off"},
+        BadFile{"CutOffGzip", gzipped().chopped(500), kFileFormatError, "gzip stream is cut off"},
+        BadFile{"DamagedGzip", damaged(gzipped()), kFileFormatError, "gzip stream is damaged"},
+        BadFile{"OnlyGzipMagic", "\x1f\x8b", kFileFormatError, "gzip stream is cut off"},
+        BadFile{"NoSpectra", mzmlText({}), kFileFormatError, "contains no spectra"},
+        BadFile{"NoMs1",
+                oneSpectrum([](MzmlSpectrum& spectrum) { spectrum.msLevel = msLevelParam(2); }),
+                kFileFormatError,
+                "contains no MS1 spectra"},
+        BadFile{"NoLevel",
+                oneSpectrum([](MzmlSpectrum& spectrum) { spectrum.msLevel = ""; }),
+                kFileFormatError,
+                "spectrum \"scan=1\": it states no valid MS level"},
+        BadFile{
+            "NoTime", withTime(" "), kFileFormatError, "\"scan=1\": it states no valid scan start"},
+        BadFile{"TimeWithoutUnit",
+                withTime(cvParam("MS:1000016", "1.5")),
+                kFileFormatError,
+                "\"scan=1\": it states no valid scan start"},
+        BadFile{"TimeIsNoNumber",
+                withTime(cvParam("MS:1000016", "soon", "UO:0000010")),
+                kFileFormatError,
+                "\"scan=1\": it states no valid scan start"},
+        BadFile{
+            "TimesDescend",
+            descendingTimes(),
+            kFileFormatError,
+            "\"scan=2\": spectra out of order: its time, 0.5 min, lies before 1 min of \"scan=1\""},
+        BadFile{
+            "MzNan", withPoints({{kNan, 1.0}}), kFileFormatError, "\"scan=1\": m/z must be finite"},
+        BadFile{"MzNegative", withPoints({{-1.0, 1.0}}), kFileFormatError, "point 0 has -1"},
+        BadFile{"MzZero", withPoints({{0.0, 1.0}}), kFileFormatError, "point 0 has 0"},
+        BadFile{"IntensityNan", withPoints({{5.0, kNan}}), kFileFormatError, "intensities must be"},
+        BadFile{
+            "IntensityInfinite", withPoints({{5.0, kInfinity}}), kFileFormatError, "intensities"},
+        BadFile{"IntensityNegative", withPoints({{5.0, -2.0}}), kFileFormatError, "point 0 has -2"},
+        BadFile{"IntensitiesTooFew",
+                withArrays(kMz, intensityArray({10.0})),
+                kFileFormatError,
+                "expected array of size 2"},
+        BadFile{"CountTooHigh",
+                oneSpectrum([](MzmlSpectrum& spectrum) { spectrum.announcedCount = 4000000000; }),
+                kFileFormatError,
+                "expected array of size 4000000000"},
+        BadFile{"ArrayEmpty",
+                withArrays(kMz, arrayElement("MS:1000515", {}, "")),
+                kFileFormatError,
+                "2 points were announced, but there are 2 m/z values, 0 intensities"},
+        BadFile{"ArrayMissing",
+                withArrays(kMz, {}),
+                kFileFormatError,
+                "2 points were announced, but there are 2 m/z values, 0 intensities"},
+        BadFile{"Base64CutOff",
+                withArrays(kMz, arrayElement("MS:1000515", {}, "AAAAAAAAJEAAAAAAAA")),
+                kFileFormatError,
+                "\"scan=1\": its data cannot be decoded"},
+        BadFile{"ZlibDamaged",
+                withArrays(kMz, arrayElement("MS:1000515", {}, "eJxjYGBgAAAABAAB", "MS:1000574")),
+                kFileFormatError,
+                "\"scan=1\": its data cannot be decoded"},
+        BadFile{"XmlBroken",
+                mzmlText({MzmlSpectrum()}).replace("<scanList", "<<scan\"List"),
+                kFileFormatError,
+                "its header cannot be read"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(MzmlBadFilesTest, RefusesAFolder)
+{
+    const QTemporaryDir folder;
+    EXPECT_THAT(MzmlDataSource::open(folder.path()), HasError(kFileOpenError));
+}
+
+} // namespace zel::msreader
