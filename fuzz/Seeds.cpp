@@ -47,7 +47,8 @@ bool writeSeeds(const QString& folder)
     }
     const QList<QPointF> peaks = {{400.0, 3}, {500.0, 7}};
     QByteArray settings;
-    QDataStream(&settings, QIODevice::WriteOnly) << zel::TurboXicSettings();
+    QDataStream stream(&settings, QIODevice::WriteOnly);
+    stream << zel::TurboXicSettings();
     return writeCacheSeed(folder + QStringLiteral("/turboxiccache/gaps"), {peaks, {}, peaks}) &&
            writeCacheSeed(folder + QStringLiteral("/turboxiccache/last"), {{}, {}, peaks}) &&
            writeFile(folder + QStringLiteral("/turboxicsettings/default"), settings) &&

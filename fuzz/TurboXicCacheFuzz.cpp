@@ -2,8 +2,6 @@
 
 #include "turbo/TurboXic.h"
 
-#include <QLoggingCategory>
-
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -21,7 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         return index.isInitialized() ? std::abort(), 0 : 0;
     }
     if (index.isValid()) {
-        const auto xic = index.retrieveXic(zel::XicDimensions({0.0, 1e9}, {-1e9, 1e9}));
+        const auto xic = index.retrieveXic(
+            zel::XicDimensions({0.0, 1e9}, zel::math::ClosedMultiInterval<double, 6>::unbounded()));
         if (!xic.isOk() || xic.value().size() != index.scanCount()) {
             std::abort();
         }

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <numeric>
-#include <ranges>
+#include <span>
 #include <vector>
 
 namespace zel {
@@ -28,7 +28,7 @@ constexpr double kMzEdgeTolerance = 1e-10;
 
 TimeSet unionOfTimes(const QList<XicDimensions>& dimensions)
 {
-    return TimeSet::unionOf(dimensions | std::views::transform(&XicDimensions::timeInterval));
+    return TimeSet::unionOf(dimensions, &XicDimensions::timeInterval);
 }
 
 QList<MzSet> expandedMzSets(const QList<XicDimensions>& dimensions)

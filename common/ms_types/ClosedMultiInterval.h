@@ -5,6 +5,7 @@
 #include <QVarLengthArray>
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <span>
@@ -36,12 +37,14 @@ public:
     /// From the lowest to the highest finite value of T.
     static ClosedMultiInterval unbounded() { return {-greatest(), greatest()}; }
 
-    /// The union of a list of sets, in one merge.
-    template <typename Sets>
-    static ClosedMultiInterval unionOf(const Sets& sets)
+    /// The union of the sets of all elements, in one merge.
+    /// \param setOf  gives the set of an element
+    template <typename Elements, typename SetOf = std::identity>
+    static ClosedMultiInterval unionOf(const Elements& elements, SetOf setOf = {})
     {
         ClosedMultiInterval all;
-        for (const ClosedMultiInterval& set : sets) {
+        for (const auto& element : elements) {
+            const ClosedMultiInterval& set = std::invoke(setOf, element);
             all.m_intervals.append(set.m_intervals.data(), set.m_intervals.size());
         }
         all.merge();

@@ -12,8 +12,8 @@ void MobilityAxis::addFrame(std::span<const double> mobilities)
     // Points usually come scan by scan, so that most repetitions are neighbours.
     std::unique_copy(mobilities.begin(), mobilities.end(), std::back_inserter(m_frameValues));
     std::ranges::sort(m_frameValues);
-    const auto repeated = std::ranges::unique(m_frameValues);
-    m_frameValues.erase(repeated.begin(), repeated.end());
+    const auto repeated = std::unique(m_frameValues.begin(), m_frameValues.end());
+    m_frameValues.erase(repeated, m_frameValues.end());
     if (m_frameValues.empty()) {
         return;
     }

@@ -29,7 +29,7 @@ namespace zel::msreader {
 /// What is wrong with a file is told by a kFileFormatError that names the file and the spectrum: on
 /// opening, what concerns the file as a whole, headers, or times that descend; on reading, points
 /// that cannot be decoded or are not valid numbers. Repaired in silence are spectra that are not
-/// sorted by m/z, points (0, 0) that fill up empty spectra, and a damaged index of the file.
+/// sorted by m/z, and points (0, 0) that fill up empty spectra.
 ///
 /// Not thread-safe.
 class MzmlDataSource : public IndexedDataSource
