@@ -75,11 +75,11 @@ MzmlSpectrum combinedSpectrum(double minutes,
 class MzmlDataSourceTest : public ::testing::Test
 {
 protected:
-    QSharedPointer<MzmlDataSource> open(const QByteArray& bytes)
+    Result<QSharedPointer<MzmlDataSource>> tryOpen(const QByteArray& bytes)
     {
-        return valueOf(
-            MzmlDataSource::open(writeFile(m_folder.filePath(QStringLiteral("run.xml")), bytes)));
+        return MzmlDataSource::open(writeFile(m_folder.filePath(QStringLiteral("run.xml")), bytes));
     }
+    QSharedPointer<MzmlDataSource> open(const QByteArray& bytes) { return valueOf(tryOpen(bytes)); }
 
     /// Numbers the ids of the spectra first.
     QSharedPointer<MzmlDataSource> openRun(QList<MzmlSpectrum> spectra)
@@ -186,8 +186,7 @@ TEST_F(MzmlDataSourceTest, RefusesADamagedIndex)
             "<offset idRef=\"scan=1\">77</offset><offset idRef=\"scan=1\">99999999</offset>"
             "</index></indexList><indexListOffset>" +
             QByteArray::number(text.size()) + "</indexListOffset></indexedmzML>\n";
-    const auto source =
-        MzmlDataSource::open(writeFile(m_folder.filePath(QStringLiteral("run.xml")), text));
+    const auto source = tryOpen(text);
     ASSERT_THAT(source, HasError(kFileFormatError));
     EXPECT_TRUE(source.error().message().contains(QStringLiteral("its header cannot be read")));
 }
