@@ -1,0 +1,98 @@
+// Published runs, where they are at hand: the folder named by ZEL_TEST_DATA, else the one beside
+// the repository.
+
+#include "tests/support/Matchers.h"
+#include "tools/sources/MzmlDataSource.h"
+
+#include <QFileInfo>
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+namespace zel {
+
+using msreader::MsQuery;
+using msreader::PeakPickingFilter;
+using test::valueOf;
+
+namespace {
+
+/// What a file holds of one MS level, counted by its publisher.
+struct RealLevel
+{
+    const char* file;
+    int msLevel;
+    int spectrumCount;
+    long long peakCount;
+    PeakPickingFilter kind = PeakPickingFilter::Centroid;
+};
+
+void PrintTo(const RealLevel& level, std::ostream* os)
+{
+    *os << level.file << " MS" << level.msLevel;
+}
+
+const RealLevel kLevels[] = {
+    {"multi/orbi_gradient_low_1.mzML.gz", 1, 2035, 106470},
+    {"multi/qe_runs_1.mzML.gz", 1, 207, 119629},
+    {"multi/qe_runs_1.mzML.gz", 2, 180, 5865},
+    {"multi/qe_metabolite_qc_04.mzML.gz", 2, 381, 9850},
+    {"lcms/qe_shewanella.mzXML.gz", 1, 79, 100392},
+    {"lcms/qe_shewanella.mzXML.gz", 2, 922, 42828},
+    {"lcms/velos_yeast.mzML.gz", 1, 24, 47169},
+    {"lcms/fusion_ms1_long.mzML.gz", 2, 37, 4773},
+    {"lcms/orbi_gliadin.mzML.gz", 1, 279, 25418},
+    {"lcms/orbi_phospho_strip.mzML.gz", 1, 112, 3084},
+    {"profile/qe_lipid_profile.mzML.gz", 1, 380, 117992, PeakPickingFilter::Profile},
+    {"profile/ltqft_small_profile.mzML.gz", 1, 14, 279869, PeakPickingFilter::Profile},
+    {"profile/ltqft_small_profile.mzML.gz", 2, 34, 25344},
+    {"profile/qtof_strip_profile.mzML.gz", 1, 262, 59857, PeakPickingFilter::Profile},
+    {"dia/qe_hela_dia_lo.mzML.gz", 2, 156, 47925},
+    {"dia/yeast_dia_tiny.mzXML.gz", 2, 80, 14932},
+    {"ims/tims_diapasef_frames.mzML.gz", 1, 1, 205921},
+    {"ims/tims_diapasef_frames.mzML.gz", 2, 8, 85532},
+    {"ims/driftims_9peptides.mzML.gz", 1, 1, 265064, PeakPickingFilter::Profile},
+    {"ims/tims_lc_short_a.mzML.gz", 1, 42, 150487},
+};
+
+QString dataFolder()
+{
+    return qEnvironmentVariable("ZEL_TEST_DATA", QStringLiteral(ZEL_DEFAULT_TEST_DATA));
+}
+
+class RealDataTest : public ::testing::TestWithParam<RealLevel>
+{};
+
+} // namespace
+
+TEST_P(RealDataTest, HoldsWhatItsPublisherCounted)
+{
+    const RealLevel& level = GetParam();
+    const QString path = dataFolder() + QLatin1Char('/') + QString::fromLatin1(level.file);
+    if (!QFileInfo::exists(path)) {
+        GTEST_SKIP() << "no such file: " << path.toStdString()
+                     << " (set ZEL_TEST_DATA to the folder of real runs)";
+    }
+    const auto source = valueOf(msreader::MzmlDataSource::open(path));
+    const MsQuery frames = MsQuery::createByMsLevel(level.msLevel);
+    const auto frameIds = valueOf(source->scanIds(frames));
+    EXPECT_EQ(frameIds.size(), level.spectrumCount);
+    for (qsizetype i = 0; level.msLevel == 1 && i < frameIds.size(); ++i) {
+        ASSERT_EQ(frameIds[i].d1, i + 1) << "MS1 scans count 1, 2, 3, ...";
+    }
+    EXPECT_EQ(valueOf(source->scanInfo(frameIds.constFirst())).storedAs, level.kind);
+
+    // By mobility scan where there are any, since the spectrum of a frame joins peaks of equal m/z.
+    const bool hasMobility = valueOf(source->hasMobility());
+    const auto scanIds =
+        hasMobility ? valueOf(source->scanIds(MsQuery(frames).setD2({}))) : frameIds;
+    long long peakCount = 0;
+    for (const auto& id : scanIds) {
+        peakCount += valueOf(source->scanData(MsQuery(id, PeakPickingFilter::Profile))).size();
+    }
+    EXPECT_EQ(peakCount, level.peakCount);
+}
+
+INSTANTIATE_TEST_SUITE_P(PublishedRuns, RealDataTest, ::testing::ValuesIn(kLevels));
+
+} // namespace zel
