@@ -1,0 +1,122 @@
+#include "ms_feature/PeptideSpectrumMatch.h"
+
+#include "ms_feature/IsotopeSelector.h"
+#include "tests/support/Matchers.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+
+namespace zel {
+
+using test::HasError;
+using test::IsOk;
+
+namespace {
+
+/// SAMPLER: residues 784.390159 Da plus water, 802.400724 Da neutral.
+constexpr double kSamplerMassDa = 802.400724;
+
+PeptideSpectrumMatch sampler(int charge, double mz)
+{
+    PeptideSpectrumMatch match;
+    match.setSequence(QStringLiteral("SAMPLER"));
+    match.setCharge(charge);
+    match.setCalcMz(mz);
+    return match;
+}
+
+} // namespace
+
+TEST(PeptideSpectrumMatchTest, TakesTheMassFromEitherSignOfTheCharge)
+{
+    EXPECT_NEAR(sampler(2, 402.207638).calcMr(), kSamplerMassDa, 2e-6);
+    EXPECT_NEAR(sampler(-1, 801.393448).calcMr(), kSamplerMassDa, 2e-6);
+    EXPECT_EQ(sampler(0, 402.207638).calcMr(), 0.0);
+    // Fails with a proton mass of fewer than 10 decimals.
+    EXPECT_NEAR(sampler(1000, 1.00727646677 + 1e-9).calcMr(), 1e-6, 1e-8);
+}
+
+TEST(PeptideSpectrumMatchTest, HashesToAText)
+{
+    PeptideSpectrumMatch match = sampler(2, 402.207638);
+    EXPECT_EQ(match.peptideHash(), QStringLiteral("SAMPLER::802.4007:2"));
+    EXPECT_EQ(match.unchargedPeptideHash(), QStringLiteral("SAMPLER::802.4007:0"));
+    match.setTarnicStyleMods(QStringLiteral("a:b/15.9949;"));
+    EXPECT_EQ(match.peptideHash(), QStringLiteral("SAMPLER:a:b/15.9949;:802.4007:2"));
+    EXPECT_EQ(PeptideSpectrumMatch::toHash(QString(), QString(), 1234.56789, -3),
+              QStringLiteral("::1234.5679:-3"));
+    // A known limit: fields that stand inside the texts are filled too.
+    EXPECT_EQ(PeptideSpectrumMatch::toHash(QStringLiteral("A%2"), QStringLiteral("mod"), 1.0, 2),
+              QStringLiteral("Amod:mod:1.0000:2"));
+}
+
+TEST(PeptideSpectrumMatchTest, ToldApartByModificationsAndNotByTheWildTypeHash)
+{
+    PeptideSpectrumMatch match;
+    EXPECT_TRUE(match.isWildType());
+    EXPECT_TRUE(match.hasWildType());
+    match.setWtPeptideHash(QStringLiteral("x"));
+    EXPECT_TRUE(match.isWildType());
+    EXPECT_FALSE(match.hasWildType());
+    match.setTarnicStyleMods(QStringLiteral("x/1"));
+    EXPECT_FALSE(match.isWildType());
+    match.setScanTimeMinutes(1.5);
+    EXPECT_EQ(match.scanTimeSeconds(), 90.0);
+}
+
+TEST(PeptideSpectrumMatchTest, StepsFromIsotopeToIsotope)
+{
+    double mz = -1.0;
+    ASSERT_THAT(sampler(2, 402.0).getIsotopeMz(3, &mz), IsOk());
+    EXPECT_DOUBLE_EQ(mz, 402.0 + 1.5050325);
+    ASSERT_THAT(sampler(-2, 402.0).getIsotopeMz(-1, &mz), IsOk());
+    EXPECT_DOUBLE_EQ(mz, 402.0 - 0.5016775);
+    EXPECT_THAT(sampler(1003, 402.0).getIsotopeMz(1, &mz), IsOk());
+    mz = -1.0;
+    const Error tooClose = sampler(1004, 402.0).getIsotopeMz(1, &mz);
+    EXPECT_THAT(tooClose, HasError(kError));
+    const Error uncharged = sampler(0, 402.0).getIsotopeMz(1, &mz);
+    EXPECT_THAT(uncharged, HasError(kError));
+    EXPECT_EQ(uncharged.frames().size(), 2) << "both functions stamp the failure";
+    EXPECT_EQ(mz, -1.0);
+}
+
+TEST(PeptideSpectrumMatchTest, OrdersAreStrictSoThatTheFirstOfEqualsWins)
+{
+    QList<PeptideSpectrumMatch> matches(4);
+    const double values[] = {1.0, 3.0, 3.0, 2.0};
+    for (int i = 0; i < 4; ++i) {
+        matches[i].setScore(values[i]);
+        matches[i].setScanTimeSeconds(values[i]);
+        matches[i].setApex(QPointF(10 - values[i], values[i]));
+    }
+    for (const auto order : {&PeptideSpectrumMatch::cmpScore,
+                             &PeptideSpectrumMatch::cmpScanTime,
+                             &PeptideSpectrumMatch::cmpApexIntensity}) {
+        EXPECT_EQ(std::max_element(matches.cbegin(), matches.cend(), order) - matches.cbegin(), 1);
+        EXPECT_EQ(std::min_element(matches.cbegin(), matches.cend(), order) - matches.cbegin(), 0);
+    }
+}
+
+TEST(IsotopeSelectorTest, TakesTheFirstThresholdNotBelowTheMass)
+{
+    IsotopeSelector selector;
+    EXPECT_EQ(selector.toString(),
+              QStringLiteral("1800, 3000, 5000, 8000, 10000, 20000, 40000, 80000"));
+    for (const auto& [mass, isotope] : {std::pair{0.0, 0},
+                                        {1800.0, 0},
+                                        {1800.01, 1},
+                                        {80000.0, 7},
+                                        {80000.1, 8},
+                                        {std::numeric_limits<double>::quiet_NaN(), 8}}) {
+        EXPECT_EQ(selector.isotopeToUse(mass), isotope) << mass;
+    }
+    selector.setIsotopeMasses({0.1234567, 1e7});
+    EXPECT_EQ(selector.toString(), QStringLiteral("0.123457, 1e+07"));
+    selector.setIsotopeMasses({});
+    EXPECT_EQ(selector.isotopeToUse(500.0), 0);
+}
+
+} // namespace zel
