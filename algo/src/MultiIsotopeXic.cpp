@@ -12,8 +12,7 @@ using msreader::MsDataSourceInterface;
 
 namespace {
 
-/// What deamidation adds to the mass, Da: NH goes, O comes.
-constexpr double kDeamidationMassShiftDa = 0.984016;
+/// What deamidation adds to a molecule.
 constexpr const char* kDeamidationFormula = "N(-1)H(-1)O(1)";
 /// How far a point of the base peak plot may lie outside the span of the XIC, minutes.
 constexpr double kSpanToleranceMinutes = 1.0000000000000002e-6;

@@ -9,6 +9,9 @@ inline constexpr double kProtonMassDa = 1.00727646677;
 /// AME2012, 13.00335483507 u - 12 u.
 inline constexpr double kCarbonIsotopeSpacingDa = 1.003355;
 
+/// What deamidation adds to a mass: NH goes, O comes, Da. Source: AME2012, rounded.
+inline constexpr double kDeamidationMassShiftDa = 0.984016;
+
 /// m/z of an ion of a molecule.
 /// \param neutralMassDa  monoisotopic mass of the neutral molecule, Da
 /// \param charge         protons taken up; negative: given off; 0: the neutral mass is returned

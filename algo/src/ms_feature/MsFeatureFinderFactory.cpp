@@ -1,0 +1,20 @@
+#include "ms_feature/MsFeatureFinderFactory.h"
+
+#include "ms_feature/MsFeatureFinder.h"
+
+namespace zel {
+
+MsFeatureFinderFactory::~MsFeatureFinderFactory() = default;
+
+MsFeatureFinderBase* MsFeatureFinderFactory::create(const MsFeatureFinderSettings& settings)
+{
+    using Mode = MsFeatureFinderSettings::Mode;
+    switch (settings.mode) {
+    case Mode::FixedWidth:
+        return new MsFeatureFinder(settings);
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace zel
