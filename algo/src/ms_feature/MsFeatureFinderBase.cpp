@@ -50,6 +50,23 @@ Xics bulkXics(MsDataSourceInterface* reader,
     return std::move(xics.value());
 }
 
+/// The mean height of the plot around `x`, `width` wide. It is held between the lowest and the
+/// highest height there, so that a flat stretch stays exactly flat in spite of rounding.
+double meanHeight(const PlotBase& plot, double x, double width)
+{
+    const double start = x - width / 2;
+    const double end = x + width / 2;
+    const double area = plot.computeAreaNoUnitConversion(start, end, true, ComputeAreaTrapezoid);
+    const double atStart = plot.evaluate(start, 1, 0);
+    const double atEnd = plot.evaluate(end, 1, 0);
+    QPointF lowest(x, atStart);
+    QPointF highest(x, atStart);
+    plot.getMinMaxPoints_slow(start, end, &lowest, &highest);
+    return std::clamp(area / width,
+                      std::min({lowest.y(), atStart, atEnd}),
+                      std::max({highest.y(), atStart, atEnd}));
+}
+
 bool isDeamidationDelta(const QString& item)
 {
     constexpr double toleranceDa = 0.0001;
@@ -264,9 +281,7 @@ Error MsFeatureFinderBase::resamplePlot(
     out->reserve(sampleCount);
     for (int i = 0; i < sampleCount; ++i) {
         const double x = (i + 0.5) * step + first;
-        const double area = plot.computeAreaNoUnitConversion(
-            x - step / 2, x + step / 2, true, ComputeAreaTrapezoid);
-        out->append(QPointF(x, area / step));
+        out->append(QPointF(x, meanHeight(plot, x, step)));
     }
     return kNoError;
 }

@@ -1,6 +1,7 @@
 #include "ms_feature/MsFeatureFinderFactory.h"
 
 #include "ms_feature/MsFeatureFinder.h"
+#include "ms_feature/MsFeatureFinderSeg.h"
 
 namespace zel {
 
@@ -12,6 +13,8 @@ MsFeatureFinderBase* MsFeatureFinderFactory::create(const MsFeatureFinderSetting
     switch (settings.mode) {
     case Mode::FixedWidth:
         return new MsFeatureFinder(settings);
+    case Mode::Adaptive:
+        return new MsFeatureFinderSeg(settings);
     default:
         return nullptr;
     }

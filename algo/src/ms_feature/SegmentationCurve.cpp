@@ -1,0 +1,92 @@
+#include "ms_feature/SegmentationCurve_p.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <numeric>
+
+namespace zel::segmentation {
+
+namespace {
+
+/// The height of a Gaussian of area 1 at `offset`, with the width `below` for offsets up to 0 and
+/// `above` for positive ones; a single sample of height 1 for a width of 0 or less.
+double gaussian(double offset, double below, double above)
+{
+    if (!(below > 0.0)) {
+        constexpr double zeroOffset = 1e-12;
+        return std::abs(offset) <= zeroOffset ? 1.0 : 0.0;
+    }
+    const double variance = offset <= 0.0 ? below * below : above * above;
+    return std::exp(-(offset * offset) / variance) / std::sqrt(variance * std::numbers::pi);
+}
+
+/// How many taps lie on each side of the middle one.
+int kernelHalfWidth(double sigma)
+{
+    constexpr double maxHalfWidth = 1e6; // no grid is that long; keeps odd settings harmless
+    const double halfWidth = 3.0 * sigma + 1.0 - 1e-16;
+    return halfWidth > 0.0 ? static_cast<int>(std::min(halfWidth, maxHalfWidth)) : 0;
+}
+
+} // namespace
+
+std::vector<double> buildSmoothingKernel(double sigmaA,
+                                         double sigmaB,
+                                         double depth,
+                                         double asymmetry)
+{
+    constexpr double greatestDepth = 0.9;
+    const auto [narrow, wide] = std::minmax(sigmaA, sigmaB);
+    const double share = depth >= 1.0 ? greatestDepth : depth;
+    const int halfWidth = kernelHalfWidth(wide);
+    std::vector<double> taps;
+    taps.reserve(2 * static_cast<std::size_t>(halfWidth) + 1);
+    for (int offset = -halfWidth; offset <= halfWidth; ++offset) {
+        taps.push_back(gaussian(offset, narrow, narrow * asymmetry) -
+                       share * gaussian(offset, wide, wide * asymmetry));
+    }
+    const double sum = std::accumulate(taps.begin(), taps.end(), 0.0);
+    if (sum != 0.0) {
+        for (double& tap : taps) {
+            tap /= sum;
+        }
+    }
+    return taps;
+}
+
+std::vector<double> smoothingKernel(double sigma)
+{
+    constexpr double widthRatio = 3.0;
+    constexpr double depth = 0.2;
+    constexpr double asymmetry = 1.0;
+    return buildSmoothingKernel(sigma, widthRatio * sigma, depth, asymmetry);
+}
+
+double limitedRate(double samplesPerMinute, double maxRate)
+{
+    constexpr double minRate = 1.0;
+    return std::max(std::min(samplesPerMinute, maxRate), minRate);
+}
+
+Result<int> gridSampleCount(const PlotBase& plot, double rate)
+{
+    constexpr double minCount = 10.0;
+    constexpr double maxCount = 1e7;
+    const QList<QPointF>& points = plot.getPointList();
+    if (points.size() < 2 || !(points.constLast().x() > points.constFirst().x())) {
+        ZEL_RETURN_ERROR(kBadParameterError,
+                         QStringLiteral("An XIC of %1 points has no extent").arg(points.size()));
+    }
+    const double span = points.constLast().x() - points.constFirst().x();
+    const double count = std::max(std::trunc(rate * span + 0.5), minCount);
+    if (!(count <= maxCount)) {
+        ZEL_RETURN_ERROR(kBadParameterError,
+                         QStringLiteral("An XIC of %1 min is too long for %2 samples a minute")
+                             .arg(span)
+                             .arg(rate));
+    }
+    return static_cast<int>(count);
+}
+
+} // namespace zel::segmentation
