@@ -103,6 +103,31 @@ TEST(SegmentationTest, AlternatesMinimaAndMaxima)
     EXPECT_EQ(turnsOf(pointsOf({0, 1e-3, 1}), 1e-2).front().index, 1) << "a step below is flat";
 }
 
+TEST(SegmentationTest, AlternatesRealMinimaAndMaxima)
+{
+    const QList<QPair<QList<double>, QList<QPointF>>> rows = {
+        {{1, 3, 2}, {{0, 1}, {1, 3}, {2, 2}}},
+        {{5, 1, 4}, {{0, 5}, {0, 5}, {1, 1}, {2, 4}, {2, 4}}},
+        {{5, 5, 5, 1}, {{1, 5}, {2, 5}, {3, 1}}},
+        {{0, 5, 5 + 5e-10, 0}, {{0, 0}, {2, 5 + 5e-10}, {3, 0}}},
+        // Three minima in a row: two terraces on the way down and up.
+        {{9, 5, 5, 1, 1, 5, 9},
+         {{0, 9}, {0, 9}, {1, 5}, {2, 5}, {3, 1}, {3.5, 0}, {4, 1}, {6, 9}, {6, 9}}},
+        {{3, 1, 1 + 9e-10, 1 + 18e-10, 4},
+         {{0, 3}, {0, 3}, {1, 1}, {2, 0}, {3, 1 + 18e-10}, {4, 4}, {4, 4}}},
+        {{0, -1, 0, 2}, {{0, 0}, {0, 0}, {1, -1}, {3, 2}, {3, 2}}},
+        {{2, 2, 2}, {{2, 2}}},
+        {{}, {}},
+    };
+    for (const auto& [heights, extremes] : rows) {
+        EXPECT_EQ(alternatingRealExtremes(pointsOf(heights)), extremes)
+            << heights.size() << " samples, the second at " << heights.value(1);
+    }
+    // A dropped negative maximum leaves two minima in a row, and a third replaces the second.
+    EXPECT_EQ(alternatingRealExtremes(pointsOf({0, -5, -3, -6, -3, -7, 1})),
+              (QList<QPointF>{{0, 0}, {0, 0}, {1, -5}, {2, 0}, {5, -7}, {6, 1}, {6, 1}}));
+}
+
 TEST(SegmentationTest, MovesExtremesOntoThePlot)
 {
     const PlotBase plot(pointsOf({0, 3, 9, 4, 2, 1, 6, 8, 7, 0}));
@@ -205,6 +230,41 @@ TEST(SegmentationTest, LetsOverlappingNeighboursMeetAtTheLowerEnd)
     removeOverlaps(plot, &features);
     EXPECT_EQ(features[0].timeInterval(), (Interval<double>{0, 3}));
     EXPECT_EQ(features[1].timeInterval(), (Interval<double>{3, 5}));
+}
+
+TEST(SegmentationTest, MergesNeighboursWithoutAValley)
+{
+    // Apexes at 4 and 6 min over a shallow boundary of 9 at 5 min; a deep one of 1 at 8 min.
+    const PlotBase plot(pointsOf({0, 2, 4, 8, 10, 9, 10, 5, 1, 5, 6, 0}));
+    const std::vector<Feature> cut = {featureOf(0, 5, 28.5, {4, 10}),
+                                      featureOf(5, 8, 20, {6, 10}),
+                                      featureOf(8, 11, 11.5, {10, 6})};
+    const auto merged = [&plot](std::vector<Feature> features, double ratio, double skew) {
+        EXPECT_THAT(mergeContiguousFeatures(plot, ratio, skew, &features), IsOk());
+        return features;
+    };
+    std::vector<Feature> found = merged(cut, 0.2, 0.2);
+    ASSERT_EQ(startsOf(found), (QList<double>{0, 8}));
+    EXPECT_EQ(found[0].timeInterval().end, 8.0);
+    EXPECT_EQ(found[0].auc(), 48.5);
+    EXPECT_EQ(found[0].apex(), QPointF(4, 10)) << "the first of equal apexes";
+    EXPECT_EQ(found[0].halfMaxInterval(), (Interval<double>{2.25, 7}));
+    EXPECT_EQ(merged(cut, 0.1, 0.2).size(), 3U) << "the apexes rise by a ninth";
+    EXPECT_EQ(merged(cut, 0.2, 0.19).size(), 3U) << "the nearer apex stands at 0.2 of 5 min";
+    EXPECT_EQ(merged(cut, 0.0, 1.0).size(), 3U);
+    EXPECT_EQ(startsOf(merged(cut, 10.0, 1.0)), (QList<double>{0})) << "three become one";
+    std::vector<Feature> apart = cut;
+    apart[1].timeInterval().start = 5.02;
+    EXPECT_EQ(merged(apart, 0.2, 0.2).size(), 3U);
+
+    const PlotBase gap(pointsOf({0, 5, 0, 5, 0}));
+    found = {featureOf(0, 2, 5, {1, 5}), featureOf(2, 4, 5, {3, 5})};
+    ASSERT_THAT(mergeContiguousFeatures(gap, 1e300, 1.0, &found), IsOk());
+    EXPECT_EQ(found.size(), 2U) << "a boundary of height 0 is a valley";
+    found = {featureOf(0.25, 0.75, 5, {1, 5}), featureOf(20, 30, 5, {3, 5})};
+    ASSERT_THAT(mergeContiguousFeatures(gap, 0.2, 0.2, &found), IsOk());
+    ASSERT_EQ(found.size(), 1U) << "off the plot there is no area";
+    EXPECT_EQ(found[0].apex(), QPointF(0.75, 3.75)) << "between two points";
 }
 
 TEST(SegmentationTest, GivesEachMatchToTheNearestCandidate)

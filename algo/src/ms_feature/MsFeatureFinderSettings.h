@@ -83,8 +83,8 @@ struct ZEL_EXPORT MsFeatureFinderSettings
     double adaptiveSamplesPerMinute = adaptiveSamplesPerMinuteDefault;
     /// Width of the smoothing kernel, minutes.
     double adaptiveSmoothingStDev = adaptiveSmoothingStDevDefault;
-    /// MsFeatureFinderSegV2: a boundary between two candidates is no valley when its height is
-    /// within this share of a neighbour's apex.
+    /// MsFeatureFinderSegV2: a boundary between two candidates is no valley when an apex beside it
+    /// rises by less than this share of its height.
     double adaptiveMergeIntensityRatio = adaptiveMergeIntensityRatioDefault;
     /// MsFeatureFinderSegV2: an apex stands close to a boundary when it is within this share of its
     /// candidate's duration.

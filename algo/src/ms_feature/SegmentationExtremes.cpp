@@ -1,6 +1,7 @@
 #include "ms_feature/MsFeatureFinderStage1.h"
 #include "ms_feature/SegmentationExtremes_p.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace zel::segmentation {
@@ -21,7 +22,7 @@ Interval<double> reachOf(const QList<QPointF>& extremes, qsizetype i)
             i + 1 < extremes.size() ? (x + extremes[i + 1].x()) * 0.5 : x};
 }
 
-/// Builds the alternating list.
+/// Builds the list of alternatingExtremes.
 class AlternatingList
 {
 public:
@@ -49,6 +50,45 @@ public:
 
     QList<QPointF> extremes;
     bool lastIsMax = true;
+};
+
+/// Builds the list of alternatingRealExtremes.
+class RealAlternatingList
+{
+public:
+    void addMax(const QPointF& point)
+    {
+        if (point.y() < 0.0) {
+            return;
+        }
+        if (extremes.isEmpty() || !lastIsMax) {
+            extremes.append(point);
+        } else if (point.y() > extremes.constLast().y()) {
+            extremes.last() = point;
+        }
+        lastIsMax = true;
+        m_fillerBeforeLast = false;
+    }
+
+    void addMin(const QPointF& point)
+    {
+        if (!extremes.isEmpty() && !lastIsMax) {
+            if (m_fillerBeforeLast) {
+                extremes.last() = point;
+                return;
+            }
+            extremes.append(midpointAtZero(extremes.constLast(), point));
+            m_fillerBeforeLast = true;
+        }
+        extremes.append(point);
+        lastIsMax = false;
+    }
+
+    QList<QPointF> extremes;
+    bool lastIsMax = true;
+
+private:
+    bool m_fillerBeforeLast = false;
 };
 
 } // namespace
@@ -90,6 +130,26 @@ QList<QPointF> alternatingExtremes(const QList<QPointF>& curve)
         } else {
             list.addMin(curve[turn.index]);
         }
+    }
+    if (list.lastIsMax && !curve.isEmpty()) {
+        list.addMin(curve.constLast());
+    }
+    return list.extremes;
+}
+
+QList<QPointF> alternatingRealExtremes(const QList<QPointF>& curve)
+{
+    constexpr double flatThreshold = 1e-9;
+    RealAlternatingList list;
+    for (const Turn& turn : turnsOf(curve, flatThreshold)) {
+        if (!turn.isMaximum) {
+            list.addMin(curve[turn.index]);
+            continue;
+        }
+        if (turn.fromFlatStep && list.extremes.isEmpty()) {
+            list.addMin(curve[std::max<qsizetype>(turn.index - 1, 0)]);
+        }
+        list.addMax(curve[turn.index]);
     }
     if (list.lastIsMax && !curve.isEmpty()) {
         list.addMin(curve.constLast());

@@ -33,6 +33,12 @@ std::vector<Turn> turnsOf(const QList<QPointF>& curve, double flatThreshold);
 /// preceded by a minimum of height 0 at its time; behind one at the end stands the last sample.
 QList<QPointF> alternatingExtremes(const QList<QPointF>& curve);
 
+/// The same for a curve that is nowhere negative, with steps of less than 1e-9 taken as flat. A
+/// plateau or falling begin of the curve is preceded by its first sample as a minimum, not by one
+/// of height 0. Of minima that follow one another only the first and the last stay, with one filler
+/// between them. Negative maxima are dropped.
+QList<QPointF> alternatingRealExtremes(const QList<QPointF>& curve);
+
 /// Moves the extremes onto a plot: each minimum to the lowest point between the midpoints to its
 /// neighbours, then each maximum to the highest, counting from the moved minima. An extreme without
 /// points in reach stays, as does a filler, which is a maximum not more than `fillerHeight` away

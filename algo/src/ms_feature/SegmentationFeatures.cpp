@@ -1,3 +1,4 @@
+#include "ms_feature/MsFeatureFinderStage1.h"
 #include "ms_feature/SegmentationFeatures_p.h"
 
 #include <algorithm>
@@ -16,6 +17,63 @@ Error noCandidates()
 bool lowerArea(const Feature& a, const Feature& b)
 {
     return a.auc() < b.auc();
+}
+
+/// How far the plot at `time` lies from the height of the apex, as a share of itself; infinite
+/// where the plot has no height.
+double relativeRise(const PlotBase& plot, const Feature& feature, double time)
+{
+    return std::abs(feature.apex().y() / plot.evaluate(time, 1, 0) - 1.0);
+}
+
+/// Whether the boundary between two neighbours is no real valley.
+bool belongTogether(const PlotBase& plot,
+                    double intensityRatio,
+                    double minSkew,
+                    const Feature& left,
+                    const Feature& right)
+{
+    constexpr double greatestGap = 0.01; // minutes
+    const double leftEnd = left.timeInterval().end;
+    const double rightStart = right.timeInterval().start;
+    const double leftSkew = (leftEnd - left.apex().x()) / left.duration();
+    const double rightSkew = (right.apex().x() - rightStart) / right.duration();
+    return std::abs(leftEnd - rightStart) < greatestGap &&
+           (relativeRise(plot, left, leftEnd) < intensityRatio ||
+            relativeRise(plot, right, rightStart) < intensityRatio) &&
+           (leftSkew <= minSkew || rightSkew <= minSkew);
+}
+
+/// The highest place of the plot in the interval: a point, or, in an interval between two
+/// neighbouring points, one of its ends.
+QPointF highestPlace(const PlotBase& plot, const Interval<double>& span)
+{
+    QPointF highest;
+    if (plot.getMinMaxPoints_slow(span.start, span.end, nullptr, &highest)) {
+        return highest;
+    }
+    const QPointF start(span.start, plot.evaluate(span.start, 1, 0));
+    const QPointF end(span.end, plot.evaluate(span.end, 1, 0));
+    return end.y() > start.y() ? end : start;
+}
+
+/// Appends a candidate measured on the plot, unless it has no area.
+Error appendMeasured(const PlotBase& plot,
+                     const Interval<double>& span,
+                     std::vector<Feature>* features)
+{
+    Error e;
+    const double auc =
+        plot.computeAreaNoUnitConversion(span.start, span.end, true, ComputeAreaTrapezoid);
+    if (!(auc > 0.0)) {
+        return e;
+    }
+    const QPointF apex = highestPlace(plot, span);
+    Interval<double> halfMax;
+    ZEL_RETURN_IF_ERROR(MsFeatureFinderStage1::findHalfMaxRange(
+        plot, apex, span.start, span.end, &halfMax.start, &halfMax.end));
+    features->emplace_back(span, auc, apex, halfMax);
+    return e;
 }
 
 } // namespace
@@ -143,6 +201,32 @@ void removeOverlaps(const PlotBase& plot, std::vector<Feature>* features)
             end = nextStart;
         }
     }
+}
+
+Error mergeContiguousFeatures(const PlotBase& plot,
+                              double intensityRatio,
+                              double minSkew,
+                              std::vector<Feature>* features)
+{
+    Error e;
+    if (features->size() < 2 || intensityRatio <= 0.0) {
+        return e;
+    }
+    std::vector<Interval<double>> spans = {features->front().timeInterval()};
+    for (std::size_t i = 1; i < features->size(); ++i) {
+        const Feature& right = (*features)[i];
+        if (belongTogether(plot, intensityRatio, minSkew, (*features)[i - 1], right)) {
+            spans.back().end = right.timeInterval().end;
+        } else {
+            spans.push_back(right.timeInterval());
+        }
+    }
+    std::vector<Feature> merged;
+    for (const Interval<double>& span : spans) {
+        ZEL_RETURN_IF_ERROR(appendMeasured(plot, span, &merged));
+    }
+    *features = std::move(merged);
+    return e;
 }
 
 void distributePsms(const QList<PeptideSpectrumMatch>& psms, std::vector<Feature>* features)

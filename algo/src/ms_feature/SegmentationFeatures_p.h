@@ -35,6 +35,16 @@ Error tightenFeature(const PlotBase& plot, double ratio, Feature* feature);
 /// Lets neighbours that overlap meet at the lower one of the two ends.
 void removeOverlaps(const PlotBase& plot, std::vector<Feature>* features);
 
+/// Merges neighbours that touch (within 0.01 min) where the plot has no real valley between them:
+/// the apex of one of the two differs from the boundary's height by less than `intensityRatio` of
+/// that height, and the apex of one of the two lies within `minSkew` of its duration from the
+/// boundary. All candidates are measured anew on the plot, without matches; those without area go.
+/// Nothing changes with fewer than two candidates or with a ratio of 0 or less.
+Error mergeContiguousFeatures(const PlotBase& plot,
+                              double intensityRatio,
+                              double minSkew,
+                              std::vector<Feature>* features);
+
 /// Gives each match to the candidate nearest to its time, the first of equals, however far away.
 void distributePsms(const QList<PeptideSpectrumMatch>& psms, std::vector<Feature>* features);
 

@@ -1,0 +1,120 @@
+#include "ms_feature/MsFeatureFinderSegV2.h"
+
+#include "tests/support/Matchers.h"
+#include "tests/support/XicSource.h"
+
+#include <gtest/gtest.h>
+
+namespace zel {
+
+using test::IsOk;
+using test::psmAt;
+using test::valueOf;
+
+namespace {
+
+class Finder : public MsFeatureFinderSegV2
+{
+public:
+    explicit Finder(bool mergeBeforeScoring = false,
+                    const std::optional<double>& width = {},
+                    const MsFeatureFinderSettings& settings = {})
+        : MsFeatureFinderSegV2(settings, width, mergeBeforeScoring)
+    {}
+    using MsFeatureFinderSegV2::findFeature;
+    using MsFeatureFinderSegV2::findFeaturesBeforeFilters;
+};
+
+QList<ApexInterval> intervalsOn(const QList<QPointF>& xic,
+                                const QList<PeptideSpectrumMatch>& psms,
+                                const Finder& finder)
+{
+    const auto feature = valueOf(finder.findFeature(psms, PlotBase(xic)));
+    EXPECT_TRUE(feature);
+    return feature.value_or(Ms1Feature()).timeIntervalList();
+}
+
+/// Scans 0.02 min apart.
+QList<QPointF> xicOf(const QList<test::ElutionPeak>& peaks, double level = 0.0)
+{
+    return test::chromatogramOf(peaks, 10.0, 22.0, 601, level);
+}
+
+QList<QPointF> smoothedBy(const Finder& finder, const QList<QPointF>& xic)
+{
+    QList<QPointF> smoothed;
+    QList<QPointF> extremes;
+    std::vector<MsFeatureFinderSeg::Feature> features;
+    EXPECT_THAT(finder.findFeaturesBeforeFilters(PlotBase(xic), &smoothed, &extremes, &features),
+                IsOk());
+    return smoothed;
+}
+
+} // namespace
+
+TEST(MsFeatureFinderSegV2Test, SplitsClosePeaksOnTheFinerGrid)
+{
+    // 1.5 times the full width at half maximum apart.
+    const QList<test::ElutionPeak> peaks = {{16.0, 1e6, 0.1}, {16.354, 5e5, 0.1}};
+    const QList<ApexInterval> found =
+        intervalsOn(xicOf(peaks), {psmAt(16.0), psmAt(16.4)}, Finder());
+    ASSERT_EQ(found.size(), 2);
+    EXPECT_NEAR(found[0].apex().x(), 16.0, 0.011) << "on the grid of 100 samples a minute";
+    EXPECT_NEAR(found[1].apex().x(), 16.354, 0.011);
+    EXPECT_EQ(found[0].interval().end, found[1].interval().start);
+    EXPECT_NEAR(found[0].interval().end, 16.21, 0.02);
+}
+
+TEST(MsFeatureFinderSegV2Test, MergesAcrossAShallowValleyAtEitherPlace)
+{
+    // The second apex rises by 31 % above the valley, at a quarter of its duration from it.
+    const QList<QPointF> xic = xicOf({{16.0, 1e6, 0.1}, {16.3, 7e5, 0.1}});
+    const QList<PeptideSpectrumMatch> psms = {psmAt(16.0), psmAt(16.3)};
+    MsFeatureFinderSettings settings;
+    settings.adaptiveMergeIntensityRatio = 0.0;
+    ASSERT_EQ(intervalsOn(xic, psms, Finder(false, {}, settings)).size(), 2);
+    settings.adaptiveMergeIntensityRatio = 0.35;
+    settings.adaptiveMinSkew = 0.5;
+    for (const bool mergeFirst : {false, true}) {
+        const QList<ApexInterval> found = intervalsOn(xic, psms, Finder(mergeFirst, {}, settings));
+        ASSERT_EQ(found.size(), 1) << mergeFirst;
+        EXPECT_NEAR(found[0].apex().x(), 16.0, 1e-9) << "measured on the XIC";
+        EXPECT_LT(found[0].interval().start, 15.7);
+        EXPECT_GT(found[0].interval().end, 16.6);
+    }
+}
+
+TEST(MsFeatureFinderSegV2Test, LeavesTheDistanceFilterOutWhenItMergesFirst)
+{
+    const QList<QPointF> xic = xicOf({{12.0, 1e6, 0.1}, {19.0, 9e5, 0.1}});
+    const QList<PeptideSpectrumMatch> psms = {psmAt(12.0), psmAt(19.0)};
+    EXPECT_EQ(intervalsOn(xic, psms, Finder(false)).size(), 1);
+    EXPECT_EQ(intervalsOn(xic, psms, Finder(true)).size(), 2);
+}
+
+TEST(MsFeatureFinderSegV2Test, TakesItsFilterWidthFromTheArgument)
+{
+    EXPECT_EQ(Finder().kernelFilterWidth(), 0.2);
+    const QList<QPointF> xic = xicOf({{16.0, 1e6, 0.1}});
+    MsFeatureFinderSettings settings;
+    settings.adaptiveSmoothingStDev = 0.5 / 3.6;
+    EXPECT_EQ(smoothedBy(Finder(false, 0.0, settings), xic), smoothedBy(Finder(false, 0.5), xic))
+        << "a width of 0 stands for the setting";
+    const QList<QPointF> smoothed = smoothedBy(Finder(), xic);
+    EXPECT_NE(smoothed, smoothedBy(Finder(false, 0.5), xic));
+    EXPECT_EQ(smoothed.size(), 1200);
+    for (const QPointF& point : smoothed) {
+        ASSERT_GE(point.y(), 0.0) << "beside the peak the kernel's brim lies below zero";
+    }
+    settings.adaptiveSamplesPerMinute = 2000.0;
+    EXPECT_EQ(smoothedBy(Finder(false, {}, settings), xic).size(), 12000);
+}
+
+TEST(MsFeatureFinderSegV2Test, FindsNothingOnAFlatXic)
+{
+    for (const double level : {0.0, 0.1, 1e9 / 3}) {
+        EXPECT_FALSE(valueOf(Finder().findFeature({psmAt(15.0)}, PlotBase(xicOf({}, level)))));
+    }
+}
+
+} // namespace zel
