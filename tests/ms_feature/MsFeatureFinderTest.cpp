@@ -1,6 +1,7 @@
 #include "ms_feature/MsFeatureFinder.h"
 
 #include "ms_feature/MsFeatureFinderFactory.h"
+#include "ms_feature/MsFeatureFinderPrototype.h"
 #include "ms_feature/MsFeatureFinderSeg.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/XicSource.h"
@@ -157,6 +158,7 @@ TEST(MsFeatureFinderFactoryTest, MakesTheFinderOfTheMode)
         return std::unique_ptr<MsFeatureFinderBase>(factory.create(settings));
     };
     EXPECT_NE(dynamic_cast<MsFeatureFinder*>(made(Mode::FixedWidth).get()), nullptr);
+    EXPECT_NE(dynamic_cast<MsFeatureFinderPrototype*>(made(Mode::Prototype).get()), nullptr);
     EXPECT_NE(dynamic_cast<MsFeatureFinderSeg*>(made(Mode::Adaptive).get()), nullptr);
     EXPECT_EQ(made(static_cast<Mode>(3)), nullptr);
     EXPECT_EQ(made(static_cast<Mode>(-1)), nullptr);

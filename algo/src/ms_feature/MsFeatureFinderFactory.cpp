@@ -1,6 +1,7 @@
 #include "ms_feature/MsFeatureFinderFactory.h"
 
 #include "ms_feature/MsFeatureFinder.h"
+#include "ms_feature/MsFeatureFinderPrototype.h"
 #include "ms_feature/MsFeatureFinderSeg.h"
 
 namespace zel {
@@ -13,11 +14,12 @@ MsFeatureFinderBase* MsFeatureFinderFactory::create(const MsFeatureFinderSetting
     switch (settings.mode) {
     case Mode::FixedWidth:
         return new MsFeatureFinder(settings);
+    case Mode::Prototype:
+        return new MsFeatureFinderPrototype(settings);
     case Mode::Adaptive:
         return new MsFeatureFinderSeg(settings);
-    default:
-        return nullptr;
     }
+    return nullptr;
 }
 
 } // namespace zel
