@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numeric>
 
 namespace zel {
@@ -33,6 +34,15 @@ double MathUtils::linearStep(double a, double b, double value)
 QPointF MathUtils::lerp(const QPointF& a, const QPointF& b, double fraction)
 {
     return a + (b - a) * fraction;
+}
+
+int MathUtils::truncateToInt(double value)
+{
+    if (std::isnan(value)) {
+        return 0;
+    }
+    return static_cast<int>(std::clamp<double>(
+        value, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()));
 }
 
 double MathUtils::median(std::vector<double> values)

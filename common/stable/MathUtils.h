@@ -31,6 +31,10 @@ public:
     /// The point at this fraction of the straight way from `a` (0) to `b` (1).
     static QPointF lerp(const QPointF& a, const QPointF& b, double fraction);
 
+    /// The whole number next to `value` on the way to zero. One beyond the range of `int` becomes
+    /// the end of that range; NaN becomes 0.
+    static int truncateToInt(double value);
+
     /// The middle one of the values, or the mean of the two middle ones; 0 when there is none. NaN
     /// does not count. \note O(n).
     static double median(std::vector<double> values);

@@ -21,6 +21,15 @@ TEST(MathUtilsTest, TakesTheMiddleOfAnOddAndTheMeanOfTheMiddleTwoOfAnEvenCount)
     EXPECT_EQ(MathUtils::median({1.7e308, 1.7e308}), 1.7e308) << "the sum overflows";
 }
 
+TEST(MathUtilsTest, CutsTowardZeroWithinTheRangeOfInt)
+{
+    EXPECT_EQ(MathUtils::truncateToInt(2.999), 2);
+    EXPECT_EQ(MathUtils::truncateToInt(-2.999), -2);
+    EXPECT_EQ(MathUtils::truncateToInt(1e300), std::numeric_limits<int>::max());
+    EXPECT_EQ(MathUtils::truncateToInt(-1e300), std::numeric_limits<int>::min());
+    EXPECT_EQ(MathUtils::truncateToInt(std::numeric_limits<double>::quiet_NaN()), 0);
+}
+
 TEST(MathUtilsTest, HoldsAValueInsideTheLimits)
 {
     EXPECT_EQ(MathUtils::clamp(1.0, 2.0, 0.5), 1.0);
