@@ -29,12 +29,10 @@ Interval<double> rangeOf(const QList<ChargeFeature>& features,
     return range;
 }
 
-QString chargesText(const QSet<int>& charges)
+QString chargesText(const QList<int>& charges)
 {
-    QList<int> ascending(charges.begin(), charges.end());
-    std::sort(ascending.begin(), ascending.end());
     QStringList texts;
-    for (const int charge : std::as_const(ascending)) {
+    for (const int charge : charges) {
         texts.append(stringify(charge, StringifierState()));
     }
     return QLatin1Char('(') + texts.join(QStringLiteral(", ")) + QLatin1Char(')');
@@ -90,6 +88,14 @@ QSet<int> MasterFeature::charges() const
     return charges;
 }
 
+QList<int> MasterFeature::sortedCharges() const
+{
+    const QSet<int> unsorted = charges();
+    QList<int> sorted(unsorted.begin(), unsorted.end());
+    std::sort(sorted.begin(), sorted.end());
+    return sorted;
+}
+
 qsizetype MasterFeature::strongestIndex() const
 {
     if (m_features.isEmpty()) {
@@ -129,7 +135,7 @@ QString stringify(const MasterFeature& master, const StringifierState& state)
     field("chargeFeaturesCount") << master.chargeFeaturesCount();
     field("d1Range") << master.d1Range().start << " - " << master.d1Range().end;
     field("d2Range") << master.d2Range().start << " - " << master.d2Range().end;
-    field("charges") << chargesText(master.charges());
+    field("charges") << chargesText(master.sortedCharges());
     QStringList members;
     for (const ChargeFeature& feature : master.chargeFeatures()) {
         members.append(stringify(feature, memberState));

@@ -50,6 +50,8 @@ public:
 
     /// The charges that occur.
     QSet<int> charges() const;
+    /// The same in ascending order.
+    QList<int> sortedCharges() const;
 
 private:
     /// Index of the strongest member; -1 without members.

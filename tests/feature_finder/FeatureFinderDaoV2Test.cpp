@@ -1,0 +1,222 @@
+#include "feature_finder/dao/FeatureFinderDaoV2.h"
+
+#include "common/stable/SqlQuery.h"
+#include "common/stable/SqliteConnection.h"
+#include "tests/support/Features.h"
+#include "tests/support/LogCapture.h"
+#include "tests/support/Matchers.h"
+
+#include <QDir>
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QSqlRecord>
+#include <QTemporaryDir>
+#include <QVariant>
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+
+namespace zel::test {
+
+namespace {
+
+class FeatureFinderDaoV2Test : public ::testing::Test
+{
+protected:
+    QString folder() const { return m_dir.path(); }
+    QString ftrsPath() const { return folder() + QStringLiteral("/run.1.ftrs"); }
+
+    Error write(const QList<MasterFeature>& masters)
+    {
+        return FeatureFinderDaoV2().createFtrs(kSourcePath, folder(), masters);
+    }
+
+    /// All rows of a query, one list of values a row.
+    QList<QVariantList> rows(const char* statement) const
+    {
+        const db::Connection connection = valueOf(db::openLocalSqliteDb(
+            ftrsPath(), db::OpenPolicy::ExistingOnly, QStringLiteral("reader of the test")));
+        QSqlQuery query = makeQuery(connection.get(), true);
+        EXPECT_THAT(db::qExecCmd(query, QString::fromUtf8(statement), __FILE__, __LINE__), IsOk());
+        QList<QVariantList> result;
+        while (query.next()) {
+            result.emplaceBack();
+            for (int i = 0; i < query.record().count(); ++i) {
+                result.last().append(query.value(i));
+            }
+        }
+        return result;
+    }
+
+    const QString kSourcePath = QStringLiteral("/data/run.1.raw");
+
+private:
+    QTemporaryDir m_dir;
+};
+
+QString createText(const char* table, int indent, const QStringList& columns)
+{
+    const QString start = QLatin1Char('\n') + QString(indent, QLatin1Char(' '));
+    return QStringLiteral("CREATE TABLE ") + QString::fromUtf8(table) + QStringLiteral(" (") +
+           start + columns.join(QLatin1Char(',') + start) + start + QLatin1Char(')');
+}
+
+} // namespace
+
+TEST_F(FeatureFinderDaoV2Test, MakesBothTablesAsTheFormatTells)
+{
+    const LogCapture log;
+    FeatureFinderDaoV2 dao;
+    ASSERT_THAT(dao.createFtrs(kSourcePath, folder(), {}), IsOk());
+    EXPECT_EQ(dao.ftrsOutput(), ftrsPath());
+    EXPECT_EQ(dao.dbconnectionName(), QStringLiteral("FeatureFinder_ftrs_cache_run.1"));
+    EXPECT_FALSE(QSqlDatabase::contains(dao.dbconnectionName()));
+    EXPECT_FALSE(log.contains("in use"));
+
+    const auto schema = rows("SELECT sql FROM sqlite_master ORDER BY name DESC");
+    ASSERT_EQ(schema.size(), 2); // and no index
+    EXPECT_EQ(schema[0][0].toString(),
+              createText("Features",
+                         54,
+                         {QStringLiteral("Id INTEGER PRIMARY KEY NOT NULL"),
+                          QStringLiteral("d1Range TEXT NOT NULL"),
+                          QStringLiteral("apexRetentionTime REAL NOT NULL"),
+                          QStringLiteral("d2Range TEXT"),
+                          QStringLiteral("apexFrame INT"),
+                          QStringLiteral("mwMonoIsotopicMass REAL NOT NULL"),
+                          QStringLiteral("apexAveragineCorrelation REAL NOT NULL"),
+                          QStringLiteral("apexIntensity REAL NOT NULL"),
+                          QStringLiteral("charges INT NOT NULL"),
+                          QStringLiteral("apexIsotopeCount INT NOT NULL")}));
+    EXPECT_TRUE(schema[1][0].toString().startsWith(
+        createText("ChargeFeatures",
+                   59,
+                   {QStringLiteral("Id INTEGER PRIMARY KEY NOT NULL"),
+                    QStringLiteral("feature INT NOT NULL"),
+                    QStringLiteral("mz REAL NOT NULL"),
+                    QStringLiteral("monoIsotopicMass REAL NOT NULL"),
+                    QStringLiteral("intensity INT NOT NULL")})
+            .chopped(61)));
+    EXPECT_EQ(rows("SELECT * FROM Features").size(), 0);
+    EXPECT_EQ(rows("SELECT * FROM ChargeFeatures").size(), 0);
+}
+
+TEST_F(FeatureFinderDaoV2Test, WritesTheValuesOfTheStrongestMemberOfEachMaster)
+{
+    ChargeFeature first = featureOf(1000.123456789, 1236.5, 500, 3);
+    first.startD1 = 1234.5678;
+    first.endD1 = 1240.0;
+    first.startD2 = 12.34567891;
+    first.endD2 = 14.2;
+    first.apexD2 = 13.0;
+    first.averagineScore = 0.1 + 0.2;
+    first.isotopeCount = 5;
+    const ChargeFeature weaker = featureOf(1000.2, 1237.0, 400, 2);
+    ASSERT_THAT(write({masterOf({first}), masterOf({first, weaker}), MasterFeature()}), IsOk());
+
+    const auto masters = rows("SELECT * FROM Features ORDER BY Id");
+    ASSERT_EQ(masters.size(), 3);
+    EXPECT_EQ(masters[0],
+              (QVariantList{1LL,
+                            QStringLiteral("1234.57;1240"),
+                            1236.5,
+                            QStringLiteral("12.3457;14.2"),
+                            13LL,
+                            1000.123456789,
+                            0.1 + 0.2,
+                            500.0,
+                            3LL, // a lone charge becomes a number by the column's affinity
+                            5LL}));
+    EXPECT_EQ(masters[1][0].toLongLong(), 2);
+    EXPECT_EQ(masters[1][1].toString(), QStringLiteral("-1;1240"));
+    EXPECT_EQ(masters[1][8].toString(), QStringLiteral("2;3"));
+    EXPECT_EQ(masters[2][5].toDouble(), -1.0); // a master without members
+    EXPECT_EQ(rows("SELECT feature FROM ChargeFeatures"),
+              (QList<QVariantList>{{1LL}, {2LL}, {2LL}}));
+}
+
+TEST_F(FeatureFinderDaoV2Test, KeepsEveryChargeFeatureAtFullPrecision)
+{
+    std::mt19937 random(7);
+    QList<MasterFeature> masters;
+    for (int i = 0; i < 20; ++i) {
+        masters.append(masterOf({randomFeature(random), randomFeature(random)}));
+    }
+    ASSERT_THAT(write(masters), IsOk());
+    const auto written = rows("SELECT * FROM ChargeFeatures ORDER BY Id");
+    ASSERT_EQ(written.size(), 40);
+    for (qsizetype i = 0; i < written.size(); ++i) {
+        const ChargeFeature f = masters[i / 2].chargeFeatures()[i % 2];
+        const QVariantList expected = {i + 1LL,
+                                       i / 2 + 1LL,
+                                       f.mzApexOfCluster,
+                                       f.monoIsotopicMass,
+                                       static_cast<long long>(f.apexIntensity),
+                                       f.averagineScore,
+                                       f.startD1,
+                                       f.endD1,
+                                       f.apexD1,
+                                       f.startD2,
+                                       f.endD2,
+                                       f.apexD2,
+                                       static_cast<long long>(f.isotopeCount),
+                                       static_cast<long long>(f.charge),
+                                       static_cast<long long>(f.apexIndex),
+                                       static_cast<long long>(f.monoOffset)};
+        ASSERT_EQ(written[i], expected) << i;
+    }
+}
+
+TEST_F(FeatureFinderDaoV2Test, ReplacesAnOldFileEvenWhileItIsRead)
+{
+    ASSERT_THAT(write({masterOf({featureOf(1.0, 1.0, 1)}), MasterFeature()}), IsOk());
+    {
+        const db::Connection reader = valueOf(db::openLocalSqliteDb(
+            ftrsPath(), db::OpenPolicy::ExistingOnly, QStringLiteral("another reader")));
+        QSqlQuery query = makeQuery(reader.get(), true);
+        ASSERT_THAT(
+            db::qExecCmd(query, QStringLiteral("SELECT Id FROM Features"), __FILE__, __LINE__),
+            IsOk());
+        ASSERT_TRUE(query.next());
+        const LogCapture log;
+        EXPECT_THAT(write({masterOf({featureOf(1.0, 2.0, 1)})}), IsOk());
+        EXPECT_TRUE(log.contains("Ftrs file already exists! Removing"));
+        EXPECT_FALSE(log.contains("in use"));
+        EXPECT_TRUE(query.next()); // still the old one
+    }
+    EXPECT_EQ(rows("SELECT apexRetentionTime FROM Features"), (QList<QVariantList>{{2.0}}));
+}
+
+TEST_F(FeatureFinderDaoV2Test, KeepsTheRowsWrittenBeforeAFailure)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const LogCapture log;
+    const Error failure = write({masterOf({featureOf(1.0, 1.0, 5), featureOf(nan, 1.0, 1)}),
+                                 masterOf({featureOf(2.0, 2.0, 2)})});
+    EXPECT_THAT(failure, HasError(kError));
+    EXPECT_TRUE(failure.message().contains(QStringLiteral("NOT NULL")))
+        << failure.message().toStdString();
+    EXPECT_TRUE(log.contains("Failed to populate FTRS file with chargeFeatures/masterFeatures"));
+    EXPECT_FALSE(log.contains("in use"));
+    EXPECT_EQ(rows("SELECT * FROM Features").size(), 1);
+    EXPECT_EQ(rows("SELECT * FROM ChargeFeatures").size(), 1);
+}
+
+TEST_F(FeatureFinderDaoV2Test, FailsWithoutAPlaceToWriteTo)
+{
+    const LogCapture log;
+    FeatureFinderDaoV2 dao;
+    EXPECT_THAT(dao.createFtrs(QString(), folder(), {}), HasError(kError));
+    EXPECT_THAT(dao.createFtrs(kSourcePath, QString(), {}), HasError(kError));
+    EXPECT_TRUE(log.contains("ftrs output path or connection name is empty!"));
+    EXPECT_THAT(dao.createFtrs(kSourcePath, folder() + QStringLiteral("/none"), {}),
+                HasError(kFileOpenError));
+
+    ASSERT_TRUE(QDir().mkpath(ftrsPath())); // a folder of the file's name
+    EXPECT_THAT(dao.createFtrs(kSourcePath, folder(), {}), HasError(kError));
+    EXPECT_TRUE(log.contains("Failed to remove Ftrs file!"));
+}
+
+} // namespace zel::test
