@@ -2,7 +2,6 @@
 // best cosine match; confusion by charge, accuracy by mass; clusters without truth after the
 // subtraction. Usage: zel_cluster_accuracy [SCENES], 100 by default.
 
-
 #include "bench/networks/SceneReport.h"
 #include "bench/networks/SliceReport.h"
 #include "common/core_mini/src/algo/ChargeDeterminatorNN.h"

@@ -49,7 +49,8 @@ int apexColumn(const ChargeFeatureFrame& feature)
     return feature.apexD2;
 }
 
-std::set<int> findableClusters(const HillScene& scene, const SettableFeatureFinderParameters& params)
+std::set<int> findableClusters(const HillScene& scene,
+                               const SettableFeatureFinderParameters& params)
 {
     std::map<int, std::set<int>> isotopes;
     std::set<int> strong;
@@ -105,7 +106,8 @@ void SceneReport::addHills(const HillScene& scene)
     Error e = clusteromatic.init(params);
     const auto features = clusteromatic.buildChargeFeatures(hills);
     if (e.hasError() || !features.isOk()) {
-        std::fprintf(stderr, "%s\n", qPrintable((e.hasError() ? e : features.error()).errorMessage()));
+        std::fprintf(
+            stderr, "%s\n", qPrintable((e.hasError() ? e : features.error()).errorMessage()));
         std::exit(1);
     }
     const training::HillsByCell strongest = training::strongestHills(scene);
@@ -124,8 +126,7 @@ void SceneReport::addHills(const HillScene& scene)
             ++m_repeated;
         } else if (findable.contains(cluster)) {
             ++m_found;
-            m_exact +=
-                isExact(feature, scene.clusters[static_cast<std::size_t>(cluster)]) ? 1 : 0;
+            m_exact += isExact(feature, scene.clusters[static_cast<std::size_t>(cluster)]) ? 1 : 0;
         }
     }
 }

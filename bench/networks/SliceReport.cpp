@@ -63,7 +63,8 @@ void SliceReport::addOffset(const Example& example, const Answers& answers)
         const char* const masses = example.massDa < 3000.0   ? "below 3 kDa"
                                    : example.massDa < 8000.0 ? "3 to 8 kDa"
                                                              : "above 8 kDa";
-        m_rows[std::string("offset: >= 3 isotopes, S/N >= 10, ") + masses].count(right, baselineRight);
+        m_rows[std::string("offset: >= 3 isotopes, S/N >= 10, ") + masses].count(right,
+                                                                                 baselineRight);
         m_rows["offset: within 1, >= 3 isotopes, S/N >= 10"].count(
             std::abs(shift) <= 1, std::abs(answers.baselineOffset - example.offset) <= 1);
     }
@@ -82,7 +83,7 @@ void SliceReport::printConfusion() const
     std::puts("\nCharge right, %, by mass (Da, below) down and charge across:");
     for (std::size_t mass = 0; mass < kMassLimitsDa.size(); ++mass) {
         std::printf("%10.0f", kMassLimitsDa[mass]);
-        for (int charge = 1; charge < kChargeCount; ++charge) {
+        for (int charge = 1; charge < static_cast<int>(kChargeCount); ++charge) {
             const auto found = m_byChargeAndMass.find({static_cast<int>(mass), charge});
             std::printf("%8.2f", found == m_byChargeAndMass.end() ? 0.0 : found->second.percent());
         }
@@ -93,10 +94,9 @@ void SliceReport::printConfusion() const
         std::printf("%10.0f", kMassLimitsDa[mass]);
         for (int shift = -3; shift <= 3; ++shift) {
             const auto found = m_offsetByMass.find({static_cast<int>(mass), shift});
-            std::printf("%8lld",
-                        found == m_offsetByMass.end()
-                            ? 0LL
-                            : static_cast<long long>(found->second.whole));
+            std::printf(
+                "%8lld",
+                found == m_offsetByMass.end() ? 0LL : static_cast<long long>(found->second.whole));
         }
         std::puts("");
     }

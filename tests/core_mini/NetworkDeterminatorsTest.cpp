@@ -98,7 +98,8 @@ TEST_F(NetworkDeterminatorsTest, AreRightOnHeldOutSlices)
                 ++count;
                 chargeRight += m_charge.determineCharge(e.slice) == e.charge ? 1 : 0;
                 offsetRight +=
-                    m_offset.determineMonoisotopeOffset(e.slice, e.mz, e.charge) == e.offset ? 1 : 0;
+                    m_offset.determineMonoisotopeOffset(e.slice, e.mz, e.charge) == e.offset ? 1
+                                                                                             : 0;
             }
         });
     }

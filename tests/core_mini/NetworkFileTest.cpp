@@ -1,5 +1,4 @@
 #include "common/core_mini/src/algo/NetworkFile_p.h"
-
 #include "common/core_mini/src/algo/NetworkInputs_p.h"
 #include "common/core_mini/src/algo/SettableFeatureFinderParameters.h"
 #include "tests/support/Matchers.h"

@@ -28,7 +28,8 @@ class SpectraSubtractomaticTest : public testing::Test
 protected:
     void SetUp() override { ASSERT_THAT(m_subtractomatic.init({}), IsOk()); }
 
-    /// What a cluster of charge 2 explains of the peaks; the first of `peaks` is its monoisotopic one.
+    /// What a cluster of charge 2 explains of the peaks; the first of `peaks` is its monoisotopic
+    /// one.
     DecimatorMatrix decimate(const QList<QPointF>& peaks, double mz, int offset, int width = 1)
     {
         DecimatorMatrix out;
@@ -46,8 +47,8 @@ protected:
 TEST_F(SpectraSubtractomaticTest, ExplainsAWholeClusterFromAnyOfItsPeaks)
 {
     const QList<QPointF> peaks = test::isotopePeaks(kMassDa, kCharge, 1000.0);
-    const auto counting = std::ranges::count_if(
-        peaks, [](const QPointF& peak) { return peak.y() >= 10.0; });
+    const auto counting =
+        std::ranges::count_if(peaks, [](const QPointF& peak) { return peak.y() >= 10.0; });
     for (int offset = 0; offset < 3; ++offset) {
         const DecimatorMatrix out = decimate(peaks, peaks[offset].x(), offset, 5);
         EXPECT_NEAR(out.averagineScore, 1.0, 1e-9) << offset;
@@ -73,8 +74,7 @@ TEST_F(SpectraSubtractomaticTest, TakesTheModelOffWhatIsTooHighForIt)
     peaks.removeAt(4);
     const QPointF beside(peaks[0].x() + 0.05, 300.0);
     const QPointF before(peaks[0].x() - 0.25, 300.0);
-    const DecimatorMatrix out =
-        decimate(peaks + QList<QPointF>{beside, before}, peaks[0].x(), 0);
+    const DecimatorMatrix out = decimate(peaks + QList<QPointF>{beside, before}, peaks[0].x(), 0);
     EXPECT_NEAR(out.model.coeff(binOf(peaks[2].x()), 0), third, 1e-9 * third);
     EXPECT_EQ(out.model.coeff(binOf(peaks[3].x()), 0), peaks[3].y());
     EXPECT_EQ(out.model.coeff(binOf(beside.x()), 0), 0.0);
@@ -120,7 +120,11 @@ TEST_F(SpectraSubtractomaticTest, RefusesWhatCannotBeACluster)
     const auto slice = test::sliceOf({{750.0, 10.0}}, 750.0);
     DecimatorMatrix out;
     out.isotopeCount = 42;
-    const auto build = [&](const Eigen::SparseVector<double>& profile, double mz, int charge, int offset, int width) {
+    const auto build = [&](const Eigen::SparseVector<double>& profile,
+                           double mz,
+                           int charge,
+                           int offset,
+                           int width) {
         return m_subtractomatic.buildChargeClusterDecimator(
             profile, mz, charge, offset, width, &out);
     };

@@ -1,7 +1,6 @@
-#include "feature_finder/ClusterFrame_p.h"
-
 #include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
 #include "common/core_mini/src/algo/SpectraSubtractomatic.h"
+#include "feature_finder/ClusterFrame_p.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/SparseMatrices.h"
 
@@ -101,11 +100,10 @@ TEST(ClusterFrameTest, EqualsASlowFrameStepByStep)
         ASSERT_THAT(frame.profileAt(*point, &profile), IsOk());
         const int centre = g_immutableFeatureFinderParameters.clusterSliceCentre;
         for (int i = -70; i <= 70; ++i) {
-            ASSERT_EQ(profile.coeff(centre + i),
-                      slow.sumAround(point->row + i, point->column, 2));
+            ASSERT_EQ(profile.coeff(centre + i), slow.sumAround(point->row + i, point->column, 2));
         }
-        const Eigen::SparseMatrix<double> model =
-            test::randomSparseMatrix(60, 2 * width(random) + 1, 60, 2, static_cast<unsigned>(random()));
+        const Eigen::SparseMatrix<double> model = test::randomSparseMatrix(
+            60, 2 * width(random) + 1, 60, 2, static_cast<unsigned>(random()));
         frame.subtract(model, *point);
         frame.remove(*point);
         slow.subtract(model, point->column);

@@ -38,12 +38,12 @@ bool chance(RandomStream& random, double probability)
 /// How a scene scatters its hills.
 struct Scatter
 {
-    double mzPpm = 0.0;         ///< standard deviation of the m/z of an intense hill
-    double intensity = 0.0;     ///< relative standard deviation, counting noise apart
-    double columns = 0.0;       ///< standard deviation of the apex of an intense hill
-    double floor = 0.0;         ///< hills below are not seen
-    double splitShare = 0.0;    ///< hills that noise cuts in two
-    double missingShare = 0.0;  ///< hills that are lost for other reasons
+    double mzPpm = 0.0;        ///< standard deviation of the m/z of an intense hill
+    double intensity = 0.0;    ///< relative standard deviation, counting noise apart
+    double columns = 0.0;      ///< standard deviation of the apex of an intense hill
+    double floor = 0.0;        ///< hills below are not seen
+    double splitShare = 0.0;   ///< hills that noise cuts in two
+    double missingShare = 0.0; ///< hills that are lost for other reasons
 };
 
 /// A peptide of about the wanted mass; one in ten carries a phosphate, a glycan or a biotin, which
@@ -168,7 +168,8 @@ void SceneBuilder::addCluster(double intensity)
         return;
     }
     cluster.mz = ionMz(cluster.massDa, cluster.charge, 0);
-    cluster.column = static_cast<int>(m_random.below(static_cast<std::uint64_t>(m_scene.columnCount)));
+    cluster.column =
+        static_cast<int>(m_random.below(static_cast<std::uint64_t>(m_scene.columnCount)));
     m_scene.clusters.push_back(cluster);
 
     // The true centroids of the isotopes of peptides stand a little closer than 13C alone would.
@@ -218,7 +219,8 @@ void SceneBuilder::addHill(SceneHill hill, double ionCount)
 
 void SceneBuilder::addNoise()
 {
-    const double perPiece = logUniform(m_random, 0.2, m_scene.kind == SceneKind::Scan ? 40.0 : 12.0);
+    const double perPiece =
+        logUniform(m_random, 0.2, m_scene.kind == SceneKind::Scan ? 40.0 : 12.0);
     const double count = m_random.poisson(perPiece * m_pieces);
     for (int i = 0; i < count; ++i) {
         SceneHill hill;

@@ -38,8 +38,8 @@ constexpr double kGreatestToleranceShare = 0.12;
 
 double toleranceBins(double mz, int charge, int ppmTolerance)
 {
-    const double wanted = std::max(
-        kLeastToleranceBins, ppmTolerance * 1e-6 * mz * kFixed.clusterMzHashFactor);
+    const double wanted =
+        std::max(kLeastToleranceBins, ppmTolerance * 1e-6 * mz * kFixed.clusterMzHashFactor);
     return std::min(wanted, kGreatestToleranceShare * IsotopeLattice::spacingBins(charge));
 }
 
@@ -203,7 +203,8 @@ Eigen::SparseMatrix<double> spread(const std::vector<BinPart>& bins, int centreR
     return model;
 }
 
-Error checkArguments(const Eigen::SparseVector<double>& profile, double mz, int charge, int monoOffset, int width)
+Error checkArguments(
+    const Eigen::SparseVector<double>& profile, double mz, int charge, int monoOffset, int width)
 {
     if (profile.size() != 2 * kFixed.clusterSliceHalfWidth + 1) {
         ZEL_RETURN_ERROR(kBadParameterError,
@@ -268,8 +269,7 @@ Error SpectraSubtractomatic::buildChargeClusterDecimator(
     const IsotopeLattice lattice(
         storedEntries(profile), charge, toleranceBins(mz, charge, m_ppmTolerance));
     const std::vector<IsotopeSlot> slots = isotopeSlots(lattice, pattern, monoOffset);
-    const std::span<const IsotopeSlot> counting =
-        std::span(slots).first(countingSlots(slots));
+    const std::span<const IsotopeSlot> counting = std::span(slots).first(countingSlots(slots));
     const double scale = scaleOf(slots);
     const int centreRow = FeatureFinderUtilities::hashMz(mz, kFixed.clusterMzHashFactor);
 
@@ -281,9 +281,9 @@ Error SpectraSubtractomatic::buildChargeClusterDecimator(
 
 int SpectraSubtractomatic::clusterRows()
 {
-    static const int rows = FeatureFinderUtilities::hashMz(
-                                kFixed.maxMz, static_cast<int>(kFixed.clusterMzHashFactor)) +
-                            kFixed.clusterSliceHalfWidth;
+    static const int rows =
+        FeatureFinderUtilities::hashMz(kFixed.maxMz, static_cast<int>(kFixed.clusterMzHashFactor)) +
+        kFixed.clusterSliceHalfWidth;
     return rows;
 }
 
