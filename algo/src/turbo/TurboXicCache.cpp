@@ -1,5 +1,6 @@
 // How an index is kept in a file.
 
+#include "common/stable/LargePages.h"
 #include "common/stable/Logging.h"
 #include "turbo/TurboXicCacheFormat_p.h"
 #include "turbo/TurboXic_p.h"
@@ -10,6 +11,9 @@
 #include <QFileInfo>
 #include <QMetaEnum>
 #include <QSaveFile>
+
+#include <algorithm>
+#include <new>
 
 namespace zel {
 
@@ -32,6 +36,21 @@ Result<TurboXicHeader> loadAndVerifyHeader(QDataStream& stream, const TurboXicSe
         ZEL_RETURN_ERROR(kFileFormatError, "MSReader options does not match");
     }
     return header;
+}
+
+/// The whole file; empty when it cannot be read, or not be held in memory.
+QByteArray bytesOfFile(const QString& path)
+try {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        return {};
+    }
+    QByteArray bytes(file.size(), Qt::Uninitialized);
+    adviseLargePages(bytes.data(), static_cast<std::size_t>(bytes.size()));
+    bytes.resize(std::max<qint64>(file.read(bytes.data(), bytes.size()), 0));
+    return bytes;
+} catch (const std::bad_alloc&) {
+    return {};
 }
 
 } // namespace
@@ -74,13 +93,7 @@ Error TurboXic::save(const QString& path) const
 Error TurboXic::load(const QString& path)
 {
     Error e;
-    QFile file(path);
-    QByteArray bytes; // an unreadable file is like an empty one
-    if (file.open(QIODevice::ReadOnly)) {
-        bytes = file.readAll();
-        file.close();
-    }
-    ZEL_RETURN_IF_ERROR(load(bytes));
+    ZEL_RETURN_IF_ERROR(load(bytesOfFile(path)));
     return e;
 }
 
