@@ -130,6 +130,37 @@ Result<QList<QPointF>> subtractWtSignalFromDeamidatedSignal(const chem::Molecule
 
 } // namespace
 
+/// The folded XIC of any form of one ion.
+struct MultiIsotopeXic::FormXic
+{
+    int charge;
+    const XicWindowFactory& windowFactory;
+    double mzTolerancePpm;
+    double timeStart;
+    double timeEnd;
+    int isotope;
+    double cumulativeIntensityLimit;
+    MsDataSourceInterface* source;
+    const XicAggregationType& aggregation;
+    const WHMParams& params;
+
+    Result<QList<QPointF>> operator()(const IonForm& form) const
+    {
+        return multiIsotopeXic(form.pattern,
+                               form.mass,
+                               charge,
+                               windowFactory,
+                               mzTolerancePpm,
+                               timeStart,
+                               timeEnd,
+                               isotope,
+                               cumulativeIntensityLimit,
+                               source,
+                               aggregation,
+                               params);
+    }
+};
+
 Result<QList<QPointF>> MultiIsotopeXic::multiIsotopeXic(const QList<QPointF>& isotopes,
                                                         double mass,
                                                         int charge,
@@ -181,20 +212,16 @@ Result<QList<QPointF>> MultiIsotopeXic::xic(double mass,
                                             const XicAggregationType& aggregation,
                                             bool isDeamidated) const
 {
-    const auto cut = [&](const IonForm& form) {
-        return multiIsotopeXic(form.pattern,
-                               form.mass,
-                               charge,
-                               windowFactory,
-                               mzTolerancePpm,
-                               timeStart,
-                               timeEnd,
-                               isotope,
-                               cumulativeIntensityLimit,
-                               source,
-                               aggregation,
-                               m_params);
-    };
+    const FormXic cut{charge,
+                      windowFactory,
+                      mzTolerancePpm,
+                      timeStart,
+                      timeEnd,
+                      isotope,
+                      cumulativeIntensityLimit,
+                      source,
+                      aggregation,
+                      m_params};
     if (isDeamidated) {
         return subtractWtSignalFromDeamidatedSignal(mass, charge, cut);
     }
@@ -219,20 +246,16 @@ Result<QList<QPointF>> MultiIsotopeXic::xic(const chem::Molecule& molecule,
                                             const XicAggregationType& aggregation,
                                             bool isDeamidated) const
 {
-    const auto cut = [&](const IonForm& form) {
-        return multiIsotopeXic(form.pattern,
-                               form.mass,
-                               charge,
-                               windowFactory,
-                               mzTolerancePpm,
-                               timeStart,
-                               timeEnd,
-                               isotope,
-                               cumulativeIntensityLimit,
-                               source,
-                               aggregation,
-                               m_params);
-    };
+    const FormXic cut{charge,
+                      windowFactory,
+                      mzTolerancePpm,
+                      timeStart,
+                      timeEnd,
+                      isotope,
+                      cumulativeIntensityLimit,
+                      source,
+                      aggregation,
+                      m_params};
     if (isDeamidated) {
         return subtractWtSignalFromDeamidatedSignal(molecule, charge, cut);
     }
