@@ -85,6 +85,8 @@ protected:
         const PlotBase& plot, QList<QPointF>* out, int sampleCount, double start, double end);
 
 private:
+    friend class XicIntegrator; // asks findFeature without a run
+
     using TimeSet = math::ClosedMultiInterval<double, 6>;
 
     void setReferencePsms(const QList<PeptideSpectrumMatch>& psms);
