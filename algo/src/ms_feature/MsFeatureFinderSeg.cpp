@@ -59,7 +59,7 @@ Result<std::optional<Ms1Feature>> MsFeatureFinderSeg::findFeature(
     ZEL_RETURN_IF_ERROR(filterFeaturesByScore(candidates, &matched));
     std::vector<Feature> features;
     ZEL_RETURN_IF_ERROR(filterFeaturesByDistance(matched, &features));
-    return std::optional<Ms1Feature>(segmentation::assembleFeature(features, xic));
+    return std::optional<Ms1Feature>(assembleFeature(psms, xic, smoothed, extremes, features));
 }
 
 Error MsFeatureFinderSeg::findFeaturesBeforeFilters(const PlotBase& xic,

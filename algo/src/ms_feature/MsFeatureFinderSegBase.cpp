@@ -1,7 +1,11 @@
 #include "ms_feature/MsFeatureFinderSegBase.h"
 
+#include "ms_feature/FeatureDiagrams_p.h"
+#include "ms_feature/GraphyCollection.h"
 #include "ms_feature/SegmentationCurve_p.h"
 #include "ms_feature/SegmentationFeatures_p.h"
+
+#include <QFile>
 
 #include <algorithm>
 #include <cmath>
@@ -63,7 +67,14 @@ MsFeatureFinderSegBase::MsFeatureFinderSegBase(const MsFeatureFinderSettings& se
     : MsFeatureFinderBase(settings)
 {}
 
-MsFeatureFinderSegBase::~MsFeatureFinderSegBase() = default;
+MsFeatureFinderSegBase::~MsFeatureFinderSegBase()
+{
+    constexpr int diagramsPerFeature = 4;
+    const QString& path = settings().adaptiveHtmlDumpFilename;
+    if (!path.isEmpty()) {
+        GraphyCollection::instance().flush(QFile::encodeName(path).constData(), diagramsPerFeature);
+    }
+}
 
 Result<QList<QPointF>> MsFeatureFinderSegBase::onGrid(const PlotBase& xic, double samplesPerMinute)
 {
@@ -130,6 +141,21 @@ Error MsFeatureFinderSegBase::distributePSMToFeatures(const QList<PeptideSpectru
 {
     segmentation::distributePsms(psms, features);
     return kNoError;
+}
+
+Ms1Feature MsFeatureFinderSegBase::assembleFeature(const QList<PeptideSpectrumMatch>& psms,
+                                                   const PlotBase& xic,
+                                                   const QList<QPointF>& smoothed,
+                                                   const QList<QPointF>& extremes,
+                                                   const std::vector<Feature>& features) const
+{
+    if (!settings().adaptiveHtmlDumpFilename.isEmpty()) {
+        const QString title =
+            QStringLiteral("%1 - z=%2")
+                .arg(maxScorePSM().sequence(), QString::number(maxScorePSM().charge()));
+        diagrams::appendFinderDiagrams({xic, smoothed, extremes, features, psms}, title);
+    }
+    return segmentation::assembleFeature(features, xic);
 }
 
 Error MsFeatureFinderSegBase::nearestPointIndex(const PlotBase& plot, double time, int* index)

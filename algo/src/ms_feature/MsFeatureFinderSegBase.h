@@ -9,6 +9,10 @@ namespace zel {
 
 /// What the two adaptive finders share: the record of a candidate, and the steps that they take
 /// alike. How they cut an XIC into candidates is their own.
+///
+/// With `adaptiveHtmlDumpFilename` set, each feature leaves four diagrams in GraphyCollection, and
+/// the destructor writes that collection to the file, one feature a row, and clears it. So a finder
+/// that is to share a page with others outlives them.
 class ZEL_EXPORT MsFeatureFinderSegBase : public MsFeatureFinderBase
 {
 public:
@@ -94,6 +98,13 @@ protected:
     /// Gives each match to the nearest candidate.
     static Error distributePSMToFeatures(const QList<PeptideSpectrumMatch>& psms,
                                          std::vector<Feature>* features);
+    /// The candidates as the intervals of one feature, which is also drawn when diagrams are asked
+    /// for.
+    Ms1Feature assembleFeature(const QList<PeptideSpectrumMatch>& psms,
+                               const PlotBase& xic,
+                               const QList<QPointF>& smoothed,
+                               const QList<QPointF>& extremes,
+                               const std::vector<Feature>& features) const;
     /// The index of the point nearest to `time`, the earlier one of two.
     static Error nearestPointIndex(const PlotBase& plot, double time, int* index);
 };

@@ -76,7 +76,7 @@ Result<std::optional<Ms1Feature>> MsFeatureFinderSegV2::findFeature(
         ZEL_RETURN_IF_ERROR(merge(&near));
         features = std::move(near);
     }
-    return std::optional<Ms1Feature>(segmentation::assembleFeature(features, xic));
+    return std::optional<Ms1Feature>(assembleFeature(psms, xic, smoothed, extremes, features));
 }
 
 Error MsFeatureFinderSegV2::findFeaturesBeforeFilters(const PlotBase& xic,
