@@ -247,7 +247,7 @@ const BadCall kBadCalls[] = {
      1,
      "none/out.tsv"},
     {"MissingWindows", withWindows, 1, "w.tsv"},
-    {"EmptyWindows", withWindows, 1, "no header", "w.tsv", ""},
+    {"EmptyWindows", withWindows, 1, "w.tsv is empty", "w.tsv", ""},
     {"WindowsWithoutColumns", withWindows, 1, "columns name", "w.tsv", "name\tmass\na\t5\n"},
     {"WordForANumber",
      withWindows,
