@@ -138,16 +138,6 @@ void addRunOptions(CLI::App& command, SimulateOptions& options)
         .add_option(
             "--drift", settings.driftMinutes, "Greatest retention shift between samples, minutes")
         ->capture_default_str();
-    command
-        .add_option("--peak-sigma",
-                    settings.peakSigmaSeconds,
-                    "Standard deviation of a median elution peak, seconds, without its tail")
-        ->capture_default_str();
-    command
-        .add_option("--peak-tail",
-                    settings.peakTailSeconds,
-                    "Time constant of the tail of that peak, seconds")
-        ->capture_default_str();
 }
 
 void addMobilityOptions(CLI::App& command, SimulateOptions& options)

@@ -85,11 +85,8 @@ protected:
         const PlotBase& plot, QList<QPointF>* out, int sampleCount, double start, double end);
 
 private:
-<<<<<<< HEAD
-    friend class XicIntegrator; // asks findFeature without a run
-=======
+    friend class XicIntegrator;   // asks findFeature without a run
     friend class Ms1FeatureAlign; // runs findFeature on the sum of several XICs
->>>>>>> align
 
     using TimeSet = math::ClosedMultiInterval<double, 6>;
 
