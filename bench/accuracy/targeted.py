@@ -19,6 +19,7 @@ import csv
 import math
 import os
 import random
+import re
 import statistics
 import subprocess
 import tempfile
@@ -106,6 +107,8 @@ class Measurement:
         done = subprocess.run([self.zel] + [str(argument) for argument in arguments], capture_output=True, text=True)
         if done.returncode:
             raise SystemExit("zel %s\n%s" % (" ".join(map(str, arguments)), done.stderr))
+        counts = re.search(r"(\d+) ions aligned, (\d+) left", done.stderr)
+        self.aligned = ", ".join(counts.groups()) if counts else "-"
 
     def simulate(self, sigma=5.0, tail=3.0, **options):
         """Writes sim.mzML, or sim_1.mzML, ..., and gives the peak shape and the true ions."""
@@ -141,6 +144,10 @@ class Measurement:
         return features
 
 
+def shown(options):
+    return "`%s`" % options if options else "none"
+
+
 def percent(flags):
     flags = list(flags)
     return "%.1f" % (100.0 * sum(flags) / len(flags)) if flags else "-"
@@ -163,35 +170,32 @@ def best_apexes(ions, peak, interval, seed):
 
 
 def found(measurement):
-    print("\n| Scans every | Options | Ions | Found | Apex within 1 scan (at best) | Both limits | Area: median | 95 % |")
-    print("|---|---|---|---|---|---|---|---|")
+    print("\n| Peptides, minutes, scans every | Options | Ions | Found | Apex within 1 scan (at best) | Both limits | "
+          "Area off by: median, 95 % |")
+    print("|---|---|---|---|---|---|---|")
     tight = "--adaptive-tighten-negligible-ratio 0.01"
-    everywhere = ["", tight, "--mode adaptive-v2", "--mode adaptive-v2 " + tight]
-    for interval in (1, 2, 3):
-        peak, ions = measurement.simulate(peptides=1000, scan_interval=interval)
+    for peptides, minutes, interval, all_options in (
+            (500, 180, 3, [""]), (500, 180, 4, [""]), (1000, 30, 1, [""]),
+            (1000, 30, 3, ["", tight, "--mode adaptive-v2", "--mode adaptive-v2 " + tight, "--mode fixed",
+                           "--mode prototype"])):
+        peak, ions = measurement.simulate(peptides=peptides, minutes=minutes, scan_interval=interval)
         measurement.write_matches(ions)
         ions = [ion for ion in ions if ion.signal_to_noise >= LEAST_SIGNAL_TO_NOISE]
         best = percent(best_apexes(ions, peak, interval, measurement.seed))
-        for options in everywhere + (["--mode fixed", "--mode prototype"] if interval == 2 else []):
+        for options in all_options:
             features = measurement.targeted(options)
-            pairs = [(ion, features.get(("sim",) + ion.key)) for ion in ions]
+            joined = [(ion, features.get(("sim",) + ion.key)) for ion in ions]
             # Of several intervals, the one with the highest apex.
-            pairs = [(ion, max(rows, key=lambda row: row["intensity"]) if rows else None) for ion, rows in pairs]
-            both = [(ion, row) for ion, row in pairs if row]
-            errors = sorted(abs(row["area"] / ion.area - 1.0) for ion, row in both)
-            cells = [
-                "%d s" % interval,
-                "`%s`" % options if options else "none",
-                "%d" % len(ions),
-                percent(row is not None for _, row in pairs),
-                "%s (%s)" % (percent(row is not None and abs(row["rt_apex"] - ion.apex) * 60.0 <= interval * 1.0001
-                                     for ion, row in pairs), best),
-                percent(row is not None and max(abs(row["rt_start"] - ion.start), abs(row["rt_end"] - ion.end))
-                        <= 0.2 * (ion.end - ion.start) for ion, row in pairs),
-                "%.1f" % (100.0 * statistics.median(errors)),
-                "%.1f" % (100.0 * errors[int(0.95 * len(errors))]),
-            ]
-            print("| " + " | ".join(cells) + " |", flush=True)
+            joined = [(ion, max(rows, key=lambda row: row["intensity"])) for ion, rows in joined if rows]
+            errors = sorted(abs(row["area"] / ion.area - 1.0) for ion, row in joined)
+            apexes = [abs(row["rt_apex"] - ion.apex) * 60.0 <= interval * 1.0001 for ion, row in joined]
+            limits = [max(abs(row["rt_start"] - ion.start), abs(row["rt_end"] - ion.end)) <= 0.2 * (ion.end - ion.start)
+                      for ion, row in joined]
+            missing = [False] * (len(ions) - len(joined))
+            print("| %d, %d, %d s | %s | %d | %s | %s (%s) | %s | %.1f, %.1f |" % (
+                peptides, minutes, interval, shown(options), len(ions), percent([True] * len(joined) + missing),
+                percent(apexes + missing), best, percent(limits + missing),
+                100.0 * statistics.median(errors), 100.0 * errors[int(0.95 * len(errors))]), flush=True)
 
 
 def is_split(rows, first, second):
@@ -204,7 +208,7 @@ def is_split(rows, first, second):
 def pairs(measurement):
     print("\n| Peak width at half height | Apart | Options | Pairs | Split |\n|---|---|---|---|---|")
     for sigma, tail in ((5.0, 3.0), (15.0, 9.0)):
-        for apart in (1.5, 2.0, 3.0):
+        for apart in (1.5, 2.0):
             peak, ions = measurement.simulate(sigma, tail, peptides=500, minutes=60, isomers_apart=apart,
                                               background=0)
             twins = {}
@@ -215,12 +219,51 @@ def pairs(measurement):
             names = {second.key[0]: first.key[0] for first, second in twins}
             measurement.write_matches([ion for pair in twins for ion in pair], names)
             width = peak._reach(0.5, -1) + peak._reach(0.5, 1)
-            for options in ("", "--adaptive-smoothing-st-dev 0.03", "--mode adaptive-v2",
-                            "--mode adaptive-v2 --adaptive-kernel-filter-width 0.1"):
+            for options in ("", "--adaptive-smoothing-st-dev 0.03", "--mode adaptive-v2"):
                 features = measurement.targeted(options)
                 split = [is_split(features.get(("sim",) + first.key, []), first, second) for first, second in twins]
-                print("| %.0f s | %.1f | %s | %d | %s |" % (width, apart, "`%s`" % options if options else "none",
+                print("| %.0f s | %.1f | %s | %d | %s |" % (width, apart, shown(options),
                                                          len(split), percent(split)), flush=True)
+
+
+def aligned_ions(features):
+    """The rows of each ion by run, for ions in at least two runs."""
+    by_ion = {}
+    for (run, sequence, charge), rows in features.items():
+        by_ion.setdefault((sequence, charge), {})[run] = rows
+    return [runs for runs in by_ion.values() if len(runs) >= 2]
+
+
+def apexes_agree(runs, limit):
+    """Whether the highest apexes of all runs lie within `limit` minutes of their median."""
+    apexes = []
+    for rows in runs.values():
+        top = max(rows, key=lambda row: row["intensity"])
+        apexes.append(top["rt_apex"] + top["warp_offset"])
+    middle = statistics.median_low(apexes)
+    return max(abs(apex - middle) for apex in apexes) <= limit * 1.0001
+
+
+def runs(measurement):
+    print("\n| Scans every | Peak width | Options | Ions | Apexes agree before | after | Interval counts agree before | after | Aligned, not |")
+    print("|---|---|---|---|---|---|---|---|---|")
+    names = ["sim_%d.mzML" % (i + 1) for i in range(4)]
+    for interval, sigma, tail in ((1, 5.0, 3.0), (2, 5.0, 3.0), (3, 5.0, 3.0), (3, 10.0, 6.0)):
+        peak, ions = measurement.simulate(sigma, tail, peptides=500, minutes=60, samples=4, drift=2, scan_interval=interval)
+        measurement.write_matches(ions)
+        width = (peak._reach(0.5, -1) + peak._reach(0.5, 1))
+        for options in ("", "--mode adaptive-v2"):
+            before = aligned_ions(measurement.targeted(options + " --align disabled", names))
+            after = aligned_ions(measurement.targeted(options + " --align full", names))
+            limit = 2.0 * interval / 60.0
+
+            def same_count(ion):
+                return len({len(rows) for rows in ion.values()}) == 1
+
+            print("| %d s | %.0f s | %s | %d | %s | %s | %s | %s | %s |" % (
+                interval, width, shown(options), len(after),
+                percent(apexes_agree(ion, limit) for ion in before), percent(apexes_agree(ion, limit) for ion in after),
+                percent(map(same_count, before)), percent(map(same_count, after)), measurement.aligned), flush=True)
 
 
 def main():
@@ -231,7 +274,7 @@ def main():
     arguments = parser.parse_args()
     with tempfile.TemporaryDirectory() as folder:
         measurement = Measurement(os.path.abspath(arguments.zel), folder, arguments.seed)
-        for name, measure in (("found", found), ("pairs", pairs)):
+        for name, measure in (("found", found), ("pairs", pairs), ("runs", runs)):
             if arguments.only in (None, name):
                 measure(measurement)
 

@@ -71,7 +71,10 @@ Error readMatches(const TargetedOptions& options, QList<TargetedRun>* runs)
     tellMatches(report, assignment);
     if (assignment.usedCount() == 0) {
         ZEL_RETURN_ERROR(kBadParameterError,
-                         QStringLiteral("there is no match to look for in the runs"));
+                         QStringLiteral("no match is left to look for in the runs") +
+                             QLatin1String(report.count(MatchReport::Reason::OtherRun) > 0
+                                               ? " (--any-run takes those of other runs too)"
+                                               : ""));
     }
     return e;
 }

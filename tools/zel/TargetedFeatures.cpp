@@ -209,7 +209,7 @@ Result<AlignmentCounts> alignFeatures(const TargetedOptions& options,
 {
     AlignmentCounts counts;
     Ms1FeatureAlignSettings settings = alignmentSettings(options);
-    if (settings.mode == Ms1FeatureAlignSettings::Mode::Disabled) {
+    if (featuresOfRuns->size() < 2 || settings.mode == Ms1FeatureAlignSettings::Mode::Disabled) {
         return counts;
     }
     Ms1FeatureAlign alignment(settings);
