@@ -206,7 +206,6 @@ TEST(Ms1FeatureAlignTest, DrawsEachAlignment)
     EXPECT_EQ(countOf(0, "stroke=\"rgb(80%, 10%, 20%)\""), 2 * (1 + 60)) << "every tenth sample";
     EXPECT_EQ(countOf(0, "<line"), 4 * (1 + 60));
     EXPECT_EQ(countOf(0, "<rect"), 4);
-    EXPECT_EQ(countOf(0, "fill=\"rgb(0%, 0%, 0%)\">::998.0"), 0);
     EXPECT_EQ(countOf(0, features[0].peptideSpectrumMatches()[0].peptideHash().toUtf8()), 2);
     EXPECT_EQ(countOf(0, ">20<"), 2);
     EXPECT_THAT(diagrams[0].constLast().toStdString(),

@@ -191,8 +191,8 @@ TEST(SimulatorTest, NumbersScansAndFramesAsSourcesWantThem)
     const SimulatedRun frames = valueOf(simulateRun(mobile, 0));
     ASSERT_EQ(frames.scans.size(), 241 * 120);
     EXPECT_EQ(frames.scans[120].info.scanId, msreader::MsScanId(2, 1));
-    EXPECT_NEAR(frames.scans[0].info.mobility, 1.6, 1e-12);
-    EXPECT_NEAR(frames.scans[119].info.mobility, 0.6, 1e-12);
+    EXPECT_NEAR(frames.scans[0].info.mobility, 0.6, 1e-12);
+    EXPECT_NEAR(frames.scans[119].info.mobility, 1.6, 1e-12);
 
     for (const SimulatedRun* any : {&run, &frames}) {
         for (const InMemoryScan& scan : any->scans) {

@@ -97,6 +97,19 @@ TEST_F(ZelToolTest, SimulatesRunsThatItCanRead)
     EXPECT_EQ(info.output.count(text("MS1: 241 spectra")), 2) << info.output.toStdString();
 }
 
+TEST_F(ZelToolTest, SimulatesMobilityRunsThatItCanRead)
+{
+    const QString run = path(text("m.mzML"));
+    const QStringList call = {text("simulate"), text("-o"), run, text("--minutes"), text("4")};
+    const QStringList small = {text("--drift"), text("0.1"), text("--peptides"), text("5")};
+    const Outcome simulated =
+        zel(call + small + QStringList{text("--mobility-scans"), text("150")});
+    ASSERT_EQ(simulated.exitCode, 0) << simulated.errors.toStdString();
+    const Outcome info = zel({text("info"), run});
+    EXPECT_TRUE(info.output.contains(text("241 spectra"))) << info.output.toStdString();
+    EXPECT_TRUE(info.output.contains(text("mobility 0.6"))) << info.output.toStdString();
+}
+
 namespace {
 
 struct BadCall

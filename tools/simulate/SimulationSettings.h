@@ -78,9 +78,10 @@ struct SimulationSettings
 
     /// Mobility scans in a frame; 0: no mobility, a frame is one scan.
     int mobilityScanCount = 0;
-    /// Mobility 1/K0 of the first and of the last scan of a frame, V s/cm2; may fall or rise.
-    double firstMobility = 1.6;
-    double lastMobility = 0.6;
+    /// Mobility 1/K0 of the first and of the last scan of a frame, V s/cm2; may fall or rise, but
+    /// only runs whose mobility rises can be written as files.
+    double firstMobility = 0.6;
+    double lastMobility = 1.6;
     /// Standard deviation of a mobility peak, V s/cm2; at least the step between two scans.
     double mobilitySigma = 0.01;
 

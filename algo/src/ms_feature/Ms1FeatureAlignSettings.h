@@ -37,7 +37,8 @@ struct ZEL_EXPORT Ms1FeatureAlignSettings
     /// The lowest correlation of the aligned XICs with the most intense one at which they are taken
     /// for aligned; a lower one fails.
     double correlationThreshold = correlationThresholdDefault;
-    /// When not empty, three diagrams of each alignment are written there.
+    /// When not empty, three diagrams of each alignment are written there. From 1000 diagrams on,
+    /// full pages go to "FeatureRefinerAlignment.<number>.html" in the current folder instead.
     QString htmlDumpFilename = htmlDumpFilenameDefault;
     /// How a shift s of at most m steps is weighted: 1 - |s / m|^power, which hardly hinders shifts
     /// until close to m; for a negative power exp(-(|s| / m^2)^2 * |power|), as if the share were
