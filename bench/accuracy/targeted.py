@@ -5,12 +5,13 @@ Each run is made by `zel simulate`; its true ions become a table of matches, one
 half of its peak; the features that the tool finds are joined with the truth by sequence and charge.
 
 - found: ions with S/N of 10 and more, which is the true apex of the isotope that is cut over the least intensity that
-  the simulator records. Apex within one scan of the truth; both limits within 20 % of the true width (at 1 % of the apex
-  height) of the truth; area against the noiseless area inside the true limits. "at best" is how often the highest
+  the simulator records. Apex within one scan of the truth; both limits within 20 % of the true width (at 1 % of the
+  apex height) of the truth; area against the noiseless area inside the true limits. "at best" is how often the highest
   of the ion's own points, with the simulator's noise and nothing else, lies within one scan.
 - pairs: isomers of equal amount, matched under one name. Split: the two apexes lie in two different intervals.
 - runs: ions with a feature in at least two of four runs with drift. Agreed: after alignment (retention time plus
-  warp_offset) the apexes of an ion lie within two scans; and the number of intervals is the same in all runs.
+  warp_offset) the apexes of an ion lie within two scans of their median; and the number of intervals is the same in
+  all runs.
 
 usage: targeted.py ZEL [--only found|pairs|runs] [--seed N]
 """
@@ -64,6 +65,9 @@ class Peak:
             inside = self.height(direction * middle) > share * self.top
             low, high = (middle, high) if inside else (low, middle)
         return low
+
+    def width_at(self, share):
+        return self._reach(share, -1) + self._reach(share, 1)
 
     def area(self):
         """Between the limits at 1 % of the height; of all 1."""
@@ -218,7 +222,7 @@ def pairs(measurement):
             twins = [pair for pair in twins if min(ion.signal_to_noise for ion in pair) >= LEAST_SIGNAL_TO_NOISE]
             names = {second.key[0]: first.key[0] for first, second in twins}
             measurement.write_matches([ion for pair in twins for ion in pair], names)
-            width = peak._reach(0.5, -1) + peak._reach(0.5, 1)
+            width = peak.width_at(0.5)
             for options in ("", "--adaptive-smoothing-st-dev 0.03", "--mode adaptive-v2"):
                 features = measurement.targeted(options)
                 split = [is_split(features.get(("sim",) + first.key, []), first, second) for first, second in twins]
@@ -245,13 +249,15 @@ def apexes_agree(runs, limit):
 
 
 def runs(measurement):
-    print("\n| Scans every | Peak width | Options | Ions | Apexes agree before | after | Interval counts agree before | after | Aligned, not |")
-    print("|---|---|---|---|---|---|---|---|---|")
+    print("\n| Scans every | Peak width at half height | Options | Ions | Apexes agree: before, after | "
+          "Interval counts agree: before, after | Aligned, not |")
+    print("|---|---|---|---|---|---|---|")
     names = ["sim_%d.mzML" % (i + 1) for i in range(4)]
     for interval, sigma, tail in ((1, 5.0, 3.0), (2, 5.0, 3.0), (3, 5.0, 3.0), (3, 10.0, 6.0)):
-        peak, ions = measurement.simulate(sigma, tail, peptides=500, minutes=60, samples=4, drift=2, scan_interval=interval)
+        peak, ions = measurement.simulate(sigma, tail, peptides=500, minutes=60, samples=4, drift=2,
+                                          scan_interval=interval)
         measurement.write_matches(ions)
-        width = (peak._reach(0.5, -1) + peak._reach(0.5, 1))
+        width = peak.width_at(0.5)
         for options in ("", "--mode adaptive-v2"):
             before = aligned_ions(measurement.targeted(options + " --align disabled", names))
             after = aligned_ions(measurement.targeted(options + " --align full", names))
@@ -260,7 +266,7 @@ def runs(measurement):
             def same_count(ion):
                 return len({len(rows) for rows in ion.values()}) == 1
 
-            print("| %d s | %.0f s | %s | %d | %s | %s | %s | %s | %s |" % (
+            print("| %d s | %.0f s | %s | %d | %s, %s | %s, %s | %s |" % (
                 interval, width, shown(options), len(after),
                 percent(apexes_agree(ion, limit) for ion in before), percent(apexes_agree(ion, limit) for ion in after),
                 percent(map(same_count, before)), percent(map(same_count, after)), measurement.aligned), flush=True)
