@@ -176,6 +176,10 @@ TEST_F(SpectrumMatchFileTest, ReadsPepXml)
     EXPECT_EQ(matches[0].score, 2.5);
     EXPECT_THAT(read(head + run + run + "</msms_pipeline_analysis>"), HasError(kFileFormatError))
         << "matches of the second run would count for the first";
+    // A score outside of a hit, which libpwiz does not survive.
+    QByteArray displaced = head + run + "</msms_pipeline_analysis>";
+    displaced.replace("search_hit", "search_hut");
+    EXPECT_THAT(read(displaced), HasError(kFileFormatError));
     EXPECT_THAT(read("<?xml version=\"1.0\"?><html></html>"), HasError(kFileFormatError));
 }
 

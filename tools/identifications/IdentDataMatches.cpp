@@ -1,5 +1,6 @@
 #include "common/stable/NumberText.h"
 #include "common/stable/PhysicalConstants.h"
+#include "tools/identifications/PepXmlCheck.h"
 #include "tools/identifications/PeptideText.h"
 #include "tools/identifications/SpectrumMatchReaders.h"
 #include "tools/sources/AccessionAdapter.h"
@@ -22,27 +23,6 @@ namespace {
 
 namespace pw = pwiz::identdata;
 namespace cv = pwiz::cv;
-
-/// How often a text stands in a file, which is left at its start.
-int countOf(const QByteArray& text, QFile& file)
-{
-    constexpr qint64 blockSize = 1 << 20;
-    int count = 0;
-    QByteArray block;
-    for (;;) {
-        // The end of the block before may hold the first part of the text.
-        block = block.last(std::min(block.size(), text.size() - 1)) + file.read(blockSize);
-        if (block.size() < text.size()) {
-            break;
-        }
-        count += static_cast<int>(block.count(text));
-        if (file.atEnd()) {
-            break;
-        }
-    }
-    file.seek(0);
-    return count;
-}
 
 /// The value of a parameter that is a number.
 std::optional<double> numberOf(const std::string& value)
@@ -296,11 +276,12 @@ Result<SpectrumMatchFile> readIdentData(const QString& path,
                                         MatchReport* report)
 {
     ZEL_ASSIGN_OR_RETURN(std::unique_ptr<QFile> file, msreader::openUncompressed(path));
-    // libpwiz takes the matches of all runs of a pepXML file for matches of the first one.
-    if (format == IdentFormat::PepXml && countOf("<msms_run_summary", *file) > 1) {
-        ZEL_RETURN_ERROR(
-            kFileFormatError,
-            QStringLiteral("%1 holds several runs; a pepXML file of one run is wanted").arg(path));
+    if (format == IdentFormat::PepXml) {
+        const Error e = checkPepXml(file.get());
+        if (e.hasError()) {
+            ZEL_RETURN_ERROR(kFileFormatError, path + QLatin1String(": ") + e.message());
+        }
+        file->seek(0);
     }
     SpectrumMatchFile content;
     const QString fault = msreader::faultOf([&] {
