@@ -14,6 +14,8 @@ namespace {
 constexpr std::ptrdiff_t kMinPositiveSamples = 3;
 /// The baseline follows nothing narrower than this, whatever the sampling.
 constexpr double kMinBaselineHalfWindowSamples = 8.0;
+/// How the smoothing ahead of the baseline follows its half window.
+constexpr double kBaselineWindowPerSigma = 8.0;
 constexpr int kAroundRetentionTime = 1;
 
 /// The median of the times between samples; 0 when there is none.
@@ -54,6 +56,17 @@ std::vector<Run> runsAbove(const std::vector<double>& heights, double low, doubl
     return runs;
 }
 
+/// Whether the apex lies inside the trace: a run that touches an end of it must have fallen again
+/// by `least` there, or it is a slope.
+bool hasApexInside(const Run& run, const std::vector<double>& heights, double least)
+{
+    const auto begin = heights.begin() + static_cast<std::ptrdiff_t>(run.first);
+    const auto end = heights.begin() + static_cast<std::ptrdiff_t>(run.last) + 1;
+    const double apex = *std::max_element(begin, end);
+    return (run.first > 0 || apex - heights.front() >= least) &&
+           (run.last + 1 < heights.size() || apex - heights.back() >= least);
+}
+
 /// Moves both ends inwards past samples below a share of the highest one.
 Run trimmed(Run run, const std::vector<double>& heights, double share)
 {
@@ -66,6 +79,19 @@ Run trimmed(Run run, const std::vector<double>& heights, double share)
     }
     while (run.last > run.first && heights[run.last] < least) {
         --run.last;
+    }
+    return run;
+}
+
+/// Moves both ends outwards as long as the trace falls: down to the foot of the peak, which lies
+/// below what stands out of the noise.
+Run downToFoot(Run run, const std::vector<double>& heights)
+{
+    while (run.first > 0 && heights[run.first - 1] < heights[run.first]) {
+        --run.first;
+    }
+    while (run.last + 1 < heights.size() && heights[run.last + 1] < heights[run.last]) {
+        ++run.last;
     }
     return run;
 }
@@ -93,8 +119,11 @@ public:
         const double wanted = step > 0.0 ? options.baselineHalfWindow / step : sampleCount;
         const double halfWindow =
             std::clamp(wanted, kMinBaselineHalfWindowSamples, sampleCount + 8.0);
+        // Of a trace as smooth as that the clipping leaves no deep troughs of noise to lie in,
+        // while a peak stays narrower than the window.
         const std::vector<double> baseline =
-            snipBaseline(signal.smoothed, static_cast<std::size_t>(halfWindow));
+            snipBaseline(gaussianSmoothed(signal.raw, halfWindow / kBaselineWindowPerSigma),
+                         static_cast<std::size_t>(halfWindow));
         std::vector<double> heights(signal.smoothed.size());
         std::transform(signal.smoothed.begin(),
                        signal.smoothed.end(),
@@ -135,7 +164,10 @@ Result<QList<Interval<double>>> XicBaselineLimitsDetector::integrateXIC(const QL
     for (const Run& run : runsAbove(heights,
                                     options.lowNoiseFactor * signal.noise,
                                     options.highNoiseFactor * signal.noise)) {
-        const Run kept = trimmed(run, heights, options.relativeHeight);
+        if (!hasApexInside(run, heights, options.lowNoiseFactor * signal.noise)) {
+            continue;
+        }
+        const Run kept = trimmed(downToFoot(run, heights), heights, options.relativeHeight);
         peaks.append({xic[static_cast<qsizetype>(kept.first)].x(),
                       xic[static_cast<qsizetype>(kept.last)].x()});
     }

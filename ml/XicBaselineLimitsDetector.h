@@ -16,13 +16,13 @@ namespace zel {
 ///
 /// 1. Gaps of a few samples are bridged and the trace is smoothed by one sample; fourth differences
 ///    give the noise.
-/// 2. The baseline is found by peak clipping on the square roots of the heights (SNIP; see
-///    ml/XicSignal_p.h).
+/// 2. The baseline is found on a smoother copy by peak clipping (SNIP; see ml/XicSignal_p.h).
 /// 3. A peak is a run of samples above the baseline by `lowNoiseFactor` times the noise that holds
 ///    one above it by `highNoiseFactor` times: hysteresis, so that a weak flank belongs to its
-///    peak, but noise makes none.
-/// 4. Each limit moves inwards past samples below `relativeHeight` of the run's apex, and is the
-///    time of a sample.
+///    peak, but noise makes none. A run that does not fall again before an end of the trace is
+///    none.
+/// 4. Each limit goes on outwards as long as the trace falls, then inwards past samples below
+///    `relativeHeight` of the run's apex, and is the time of a sample.
 ///
 /// Close peaks with signal between them are one run: see XicPeakSplitter. Serves one thread at a
 /// time.

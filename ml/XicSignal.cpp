@@ -14,28 +14,29 @@ constexpr double kNoisePerMedianDeviation = 1.4826;
 /// Peaks with at most this many samples above half height are smoothed by three taps only.
 constexpr std::ptrdiff_t kNarrowPeakSamples = 5;
 
-/// A Gaussian with a standard deviation of one sample, of sum 1.
-const std::vector<double>& wideKernel()
+/// What lies further from the middle of a Gaussian, in standard deviations, is left out.
+constexpr double kKernelReach = 3.0;
+
+std::vector<double> gaussianKernel(double sigma)
 {
-    static const std::vector<double> kernel = [] {
-        std::vector<double> weights;
-        double sum = 0.0;
-        for (int i = -3; i <= 3; ++i) {
-            weights.push_back(std::exp(-0.5 * i * i));
-            sum += weights.back();
-        }
-        for (double& weight : weights) {
-            weight /= sum;
-        }
-        return weights;
-    }();
-    return kernel;
+    const int reach = static_cast<int>(std::ceil(kKernelReach * sigma));
+    std::vector<double> weights;
+    double sum = 0.0;
+    for (int i = -reach; i <= reach; ++i) {
+        weights.push_back(std::exp(-0.5 * i * i / (sigma * sigma)));
+        sum += weights.back();
+    }
+    for (double& weight : weights) {
+        weight /= sum;
+    }
+    return weights;
 }
 
-const std::vector<double>& narrowKernel()
+std::vector<double> convolved(std::span<const double> heights, const std::vector<double>& kernel)
 {
-    static const std::vector<double> kernel = {0.25, 0.5, 0.25};
-    return kernel;
+    std::vector<double> out(heights.size());
+    convolveRepeatingEnds(heights, kernel, out);
+    return out;
 }
 
 bool isUsable(const QList<QPointF>& xic)
@@ -125,36 +126,34 @@ Result<XicSignal> xicSignal(const QList<QPointF>& xic, int maxGapPoints)
     for (const QPointF& point : xic) {
         signal.raw.push_back(point.y());
     }
+    signal.noise = noiseOf(signal.raw);
     bridgeGaps(signal.raw, maxGapPoints);
     const bool isNarrow = samplesAboveHalfHeight(signal.raw) <= kNarrowPeakSamples;
-    const std::vector<double>& kernel = isNarrow ? narrowKernel() : wideKernel();
-    signal.smoothed.resize(signal.raw.size());
-    convolveRepeatingEnds(signal.raw, kernel, signal.smoothed);
-    signal.noise = noiseOf(signal.raw);
+    signal.smoothed =
+        isNarrow ? convolved(signal.raw, {0.25, 0.5, 0.25}) : gaussianSmoothed(signal.raw, 1.0);
     return signal;
+}
+
+std::vector<double> gaussianSmoothed(std::span<const double> heights, double sigma)
+{
+    return convolved(heights, gaussianKernel(sigma));
 }
 
 std::vector<double> snipBaseline(std::span<const double> heights, std::size_t halfWindow)
 {
-    std::vector<double> roots(heights.size());
-    std::transform(heights.begin(), heights.end(), roots.begin(), [](double height) {
-        return std::sqrt(std::max(height, 0.0));
-    });
-    std::vector<double> clipped = roots;
-    const std::size_t size = roots.size();
+    std::vector<double> baseline(heights.begin(), heights.end());
+    std::vector<double> clipped = baseline;
+    const std::size_t size = baseline.size();
     for (std::size_t distance = std::min(halfWindow, size); distance > 0; --distance) {
         for (std::size_t i = 0; i < size; ++i) {
             // A neighbour beyond an end is the end, so that a peak cut off there is clipped too.
-            const double left = roots[i < distance ? 0 : i - distance];
-            const double right = roots[std::min(i + distance, size - 1)];
-            clipped[i] = std::min(roots[i], (left + right) / 2);
+            const double left = baseline[i < distance ? 0 : i - distance];
+            const double right = baseline[std::min(i + distance, size - 1)];
+            clipped[i] = std::min(baseline[i], (left + right) / 2);
         }
-        roots.swap(clipped);
+        baseline.swap(clipped);
     }
-    for (double& root : roots) {
-        root *= root;
-    }
-    return roots;
+    return baseline;
 }
 
 } // namespace zel

@@ -32,12 +32,15 @@ struct XicSignal
 /// \return kBadParameterError when a value is not finite or the times descend
 Result<XicSignal> xicSignal(const QList<QPointF>& xic, int maxGapPoints);
 
-/// The baseline below a trace: the square roots of the heights are clipped to the mean of their
-/// neighbours on both sides, at distances from `halfWindow` samples down to 1 (statistics-sensitive
-/// nonlinear iterative peak clipping: Ryan et al. 1988, doi:10.1016/0168-583X(88)90063-8; the
-/// descending window: Morhac & Matousek 2008, doi:10.1366/000370208783412762). What is narrower
-/// than twice the window is taken off.
-/// \note O(samples * halfWindow).
+/// The heights under a Gaussian of this standard deviation, in samples, above 0.
+std::vector<double> gaussianSmoothed(std::span<const double> heights, double sigma);
+
+/// The baseline below a trace: the heights are clipped to the mean of their neighbours on both
+/// sides, at distances from `halfWindow` samples down to 1 (statistics-sensitive nonlinear
+/// iterative peak clipping: Ryan et al. 1988, doi:10.1016/0168-583X(88)90063-8; the descending
+/// window: Morhac & Matousek 2008, doi:10.1366/000370208783412762). What is narrower than twice the
+/// window is taken off, and a line stays a line: the square roots that those authors clip would
+/// bend it. \note O(samples * halfWindow).
 std::vector<double> snipBaseline(std::span<const double> heights, std::size_t halfWindow);
 
 } // namespace zel
