@@ -89,6 +89,12 @@ void tellFeatures(const QList<TargetedRun>& runs,
                  .arg(features[i].size())
                  .arg(runs[i].psms.size()));
     }
+    const int emptyCount = intervalsWithoutApex(features);
+    if (emptyCount > 0) {
+        tell(QStringLiteral(
+                 "%1 intervals have no apex: there is no signal, or the finder cannot tell")
+                 .arg(emptyCount));
+    }
     if (counts.aligned + counts.failed > 0) {
         tell(QStringLiteral("%1 ions aligned, %2 left as they were since their runs are too unlike")
                  .arg(counts.aligned)

@@ -191,7 +191,8 @@ bool MatchAssignment::add(qsizetype runIndex,
     const PeptideSpectrumMatch psm = psmOf(match, rtMinutes);
     const QString hash = psm.peptideHash();
     // A table may name a match once for each of its proteins.
-    const QString key = QStringList({match.run, hash, numberText(rtMinutes)}).join(u'\t');
+    const QString key =
+        QStringList({identifications::runName(match.run), hash, numberText(rtMinutes)}).join(u'\t');
     if (m_seen[runIndex].contains(key)) {
         *complaint = {Reason::Duplicate,
                       QStringLiteral("%1: %2 with charge %3 at %4 min stands there already")
