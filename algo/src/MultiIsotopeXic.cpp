@@ -3,6 +3,7 @@
 #include "MultiIsotopeXicFold_p.h"
 #include "chemical_model/ChemicalFactory.h"
 #include "common/core_mini/src/algo/AveragineGenerator.h"
+#include "common/core_mini/src/algo/ErrorUtils.h"
 #include "common/ms_types/MsDataSourceInterface.h"
 #include "common/stable/PhysicalConstants.h"
 
@@ -33,13 +34,16 @@ Result<QList<QList<QPointF>>> getIsotopeXics(const QList<QPointF>& isotopes,
 {
     QList<XicDimensions> dimensions;
     double total = 0.0;
-    for (qsizetype k = 0; k < isotopes.size() && total <= cumulativeIntensityLimit; ++k) {
+    for (qsizetype k = 0; k < isotopes.size(); ++k) {
         total += isotopes[k].y();
         weights.append(isotopes[k].y());
         const double isotopeMass = mass + static_cast<double>(k) * kCarbonIsotopeSpacingDa;
         dimensions.append(
             windowFactory.create(isotopeMass, charge, mzTolerancePpm, timeStart, timeEnd, isotope)
                 .toXicDimensions());
+        if (total > cumulativeIntensityLimit) {
+            break;
+        }
     }
     ZEL_ASSIGN_OR_RETURN(QList<QList<QPointF>> xics, source->xics(dimensions));
     return xics;
@@ -175,6 +179,7 @@ Result<QList<QPointF>> MultiIsotopeXic::multiIsotopeXic(const QList<QPointF>& is
                                                         WHMParams params)
 {
     Error e;
+    ZEL_RETURN_IF_ERROR(ErrorUtils::equal<bool>(source != nullptr, true, Error(kError)));
     QList<double> weights;
     ZEL_ASSIGN_OR_RETURN(const QList<QList<QPointF>> xics,
                          getIsotopeXics(isotopes,

@@ -3,12 +3,18 @@
 
 #include "bench/feature_finder/MobilityFrames.h"
 #include "bench/support/Paired.h"
+#include "common/stable/MathUtils.h"
 #include "feature_finder/FeatureFinderV24DScansHandler.h"
+#include "feature_finder/HillLimits_p.h"
+#include "feature_finder/MatrixRows_p.h"
 #include "feature_finder/ScanIteratorV2HillBuilder.h"
 
+#include <QFuture>
+#include <QtConcurrent>
 #include <benchmark/benchmark.h>
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <string>
 
@@ -94,33 +100,34 @@ void mobilityFrames(benchmark::State& state)
     std::map<std::string, double> seconds;
     for ([[maybe_unused]] auto _ : state) {
         Matrix raw;
-        seconds["sum"] += secondsOf([&] { raw = window.next(); });
+        const double sumSeconds = secondsOf([&] { raw = window.next(); });
         QList<HillD2> hills;
         const double hillSeconds = secondsOf([&] { hills = builder.buildHills(raw, 1).value(); });
         if (hills.isEmpty()) {
             state.SkipWithError("no hills");
         }
-        state.PauseTiming();
-        seconds["hills"] += hillSeconds;
+        state.SetIterationTime(sumSeconds + hillSeconds);
+
         (void)builder.buildHills(&raw); // leaves it smoothed
+        const double rowSeconds = secondsOf([&] { MatrixRows rows(raw); });
         const double apexSeconds = secondsOf(
             [&] { benchmark::DoNotOptimize(EigenUtilities::findSparseMatrixApexes(raw)); });
         const double climbSeconds =
             secondsOf([&] { benchmark::DoNotOptimize(climber.buildHills(raw, 1)); });
+        seconds["sum"] += sumSeconds;
         seconds["apexes"] += apexSeconds;
-        seconds["limits"] += climbSeconds - apexSeconds;
-        seconds["smoothing"] += hillSeconds - climbSeconds;
-        state.ResumeTiming();
+        seconds["limits"] += climbSeconds - apexSeconds - rowSeconds;
+        seconds["smoothing"] += hillSeconds - climbSeconds + rowSeconds;
+        seconds["total"] += sumSeconds + hillSeconds;
     }
-    const double total = seconds["sum"] + seconds["hills"];
     state.SetItemsProcessed(state.iterations());
     for (const char* const part : {"sum", "smoothing", "apexes", "limits"}) {
-        state.counters[part] = seconds[part] / total;
+        state.counters[part] = seconds[part] / seconds["total"];
     }
 }
-BENCHMARK(mobilityFrames)->Unit(benchmark::kMillisecond)->Iterations(74);
+BENCHMARK(mobilityFrames)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(74);
 
-/// A step of a window of 24 frames against one of 3.
+/// A step of a window of 24 frames against one of 3, with reading and binning the frame.
 void longWindowAgainstShort(benchmark::State& state)
 {
     auto params = SettableFeatureFinderParameters::trappedMobility();
@@ -131,38 +138,62 @@ void longWindowAgainstShort(benchmark::State& state)
         if (window.isAtStart()) {
             benchmark::DoNotOptimize(window.next()); // fills it
         }
+        return secondsOf([&] { benchmark::DoNotOptimize(window.next()); });
     };
-    step(shortWindow);
-    step(longWindow);
-    runPaired(
-        state,
-        [&] { benchmark::DoNotOptimize(longWindow.next()); },
-        [&] { benchmark::DoNotOptimize(shortWindow.next()); });
+    std::vector<double> ratios;
+    for ([[maybe_unused]] auto _ : state) {
+        const double longSeconds = step(longWindow);
+        ratios.push_back(longSeconds / step(shortWindow));
+        state.SetIterationTime(longSeconds);
+    }
+    state.counters["ratio"] = MathUtils::median(ratios);
 }
-BENCHMARK(longWindowAgainstShort)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(15);
+BENCHMARK(longWindowAgainstShort)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(30);
 
-/// The search for the hills of the whole run, over 30 Th, on two threads against one.
+/// The search for the limits of the hills of the whole run, over 60 Th, on two threads against one.
+/// \param range(0)  0: the climb from the apexes alone; 1: with finding and sorting the apexes and
+///                  the removal of hills inside others, which are not parallel
 void hillSearchTwoThreadsAgainstOne(benchmark::State& state)
 {
-    auto params = SettableFeatureFinderParameters::trappedMobility();
+    SettableFeatureFinderParameters params;
     params.numberOfFramesToSum = 0;
-    params.relativeFrameNoiseFloor = 0.0;
-    Matrix matrix = Window(params, {500.0, 530.0}).next();
+    params.mzHashFactor = 500.0;
+    Matrix matrix = Window(params, {500.0, 560.0}).next();
     (void)builderOf(params).buildHills(&matrix); // leaves it smoothed
+    const MatrixRows rows(matrix);
+    const auto apexes = EigenUtilities::findSparseMatrixApexes(matrix);
+    const HillSearchSettings settings = {500.0, 0.1, 0.05, 1};
     const auto climber = builderOf(withoutSmoothing(params));
-    const auto climb = [&](const char* threads) {
-        qputenv("ZEL_DEV_HILL_FINDER_MAX_CONCURRENCY", threads);
+    const auto climb = [&](qsizetype threads) {
+        std::vector<QFuture<std::vector<HillD2>>> batches;
+        for (qsizetype i = 0; i < threads; ++i) {
+            batches.push_back(QtConcurrent::run(&climbDown,
+                                                std::cref(apexes),
+                                                i * apexes.size() / threads,
+                                                (i + 1) * apexes.size() / threads,
+                                                std::cref(matrix),
+                                                std::cref(rows),
+                                                settings));
+        }
+        for (auto& batch : batches) {
+            benchmark::DoNotOptimize(batch.takeResult());
+        }
+    };
+    const auto search = [&](qsizetype threads) {
+        qputenv("ZEL_DEV_HILL_FINDER_MAX_CONCURRENCY", QByteArray::number(threads));
         benchmark::DoNotOptimize(climber.buildHills(matrix, 1));
     };
+    const bool isWhole = state.range(0) == 1;
     runPaired(
-        state, [&] { climb("2"); }, [&] { climb("1"); });
+        state, [&] { isWhole ? search(2) : climb(2); }, [&] { isWhole ? search(1) : climb(1); });
     qunsetenv("ZEL_DEV_HILL_FINDER_MAX_CONCURRENCY");
-    state.counters["apexes"] =
-        static_cast<double>(EigenUtilities::findSparseMatrixApexes(matrix).size());
+    state.counters["apexes"] = static_cast<double>(apexes.size());
 }
 BENCHMARK(hillSearchTwoThreadsAgainstOne)
+    ->Arg(0)
+    ->Arg(1)
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond)
-    ->Iterations(5);
+    ->Iterations(9);
 
 } // namespace zel::bench

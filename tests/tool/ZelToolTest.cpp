@@ -1,45 +1,21 @@
 // Runs the tool as a user would: output, exit codes, error lines, and files that must not be left
 // behind.
 
-#include "tests/support/Runs.h"
-#include "tools/sources/MzmlWriter.h"
+#include "tests/tool/ZelTool.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <gtest/gtest.h>
+#include "tests/support/Runs.h"
 
 #include <csignal>
 #include <ostream>
 
 namespace zel {
 
+using test::Outcome;
+using test::text;
+using test::zel;
+using ZelToolTest = test::ZelTool;
+
 namespace {
-
-struct Outcome
-{
-    int exitCode = -1;
-    QString output;
-    QString errors;
-};
-
-QString text(const char* latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
-Outcome zel(const QStringList& arguments)
-{
-    QProcess process;
-    process.start(text(ZEL_TOOL_PATH), arguments);
-    if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit) {
-        return {-1, {}, text("the tool did not end by itself")};
-    }
-    return {process.exitCode(),
-            QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
 
 QList<msreader::InMemoryScan> smallRun(int scanCount = 40)
 {
@@ -50,41 +26,6 @@ QList<msreader::InMemoryScan> smallRun(int scanCount = 40)
     }
     return scans;
 }
-
-class ZelToolTest : public ::testing::Test
-{
-protected:
-    QString path(const QString& name) const { return m_folder.filePath(name); }
-
-    QString write(const QString& name, const QByteArray& content) const
-    {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        return path(name);
-    }
-
-    QByteArray read(const QString& name) const
-    {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
-        return file.readAll();
-    }
-
-    QString writeRun(const QString& name, const QList<msreader::InMemoryScan>& scans) const
-    {
-        EXPECT_THAT(msreader::writeMzml(path(name), scans), test::IsOk());
-        return path(name);
-    }
-
-    /// The files that are there, hidden ones too.
-    QStringList files() const
-    {
-        return QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden);
-    }
-
-    QTemporaryDir m_folder;
-};
 
 } // namespace
 
@@ -122,6 +63,15 @@ TEST_F(ZelToolTest, WritesTheChromatogramsOfTheLibraryDigitForDigit)
         EXPECT_EQ(cells[2].toDouble(), 1.0 + i + (i >= 10 ? 7.0 : 0.0)) << "scan " << i;
     }
     EXPECT_TRUE(read(text("out.html")).contains("<svg"));
+}
+
+TEST_F(ZelToolTest, WritesIntoWhatIsNoFileInsteadOfReplacingIt)
+{
+    const QString run = writeRun(text("run.mzML"), smallRun(3));
+    const Outcome outcome =
+        zel({text("xic"), run, text("--mz"), text("400"), text("-o"), text("/dev/stdout")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+    EXPECT_EQ(outcome.output.count(QLatin1Char('\n')), 4);
 }
 
 TEST_F(ZelToolTest, TellsWhatARunHolds)
@@ -260,7 +210,7 @@ const BadCall kBadCalls[] = {
      1,
      "none/out.tsv"},
     {"MissingWindows", withWindows, 1, "w.tsv"},
-    {"EmptyWindows", withWindows, 1, "no header", "w.tsv", ""},
+    {"EmptyWindows", withWindows, 1, "w.tsv is empty", "w.tsv", ""},
     {"WindowsWithoutColumns", withWindows, 1, "columns name", "w.tsv", "name\tmass\na\t5\n"},
     {"WordForANumber",
      withWindows,

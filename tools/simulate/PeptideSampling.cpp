@@ -49,22 +49,6 @@ QList<qsizetype> cutsOf(const QString& protein)
     return cuts;
 }
 
-QChar randomResidue(RandomStream& random)
-{
-    double sum = 0.0;
-    for (const ResidueFrequency& residue : kFrequencies) {
-        sum += residue.percent;
-    }
-    double left = random.uniform() * sum;
-    for (const ResidueFrequency& residue : kFrequencies) {
-        left -= residue.percent;
-        if (left < 0.0) {
-            return residue.letter;
-        }
-    }
-    return std::rbegin(kFrequencies)->letter;
-}
-
 QString randomPeptide(RandomStream& random, int maxLength)
 {
     QString peptide;
@@ -115,6 +99,22 @@ void keepRandom(QStringList& list, qsizetype count, RandomStream& random)
 }
 
 } // namespace
+
+QChar randomResidue(RandomStream& random)
+{
+    double sum = 0.0;
+    for (const ResidueFrequency& residue : kFrequencies) {
+        sum += residue.percent;
+    }
+    double left = random.uniform() * sum;
+    for (const ResidueFrequency& residue : kFrequencies) {
+        left -= residue.percent;
+        if (left < 0.0) {
+            return residue.letter;
+        }
+    }
+    return std::rbegin(kFrequencies)->letter;
+}
 
 QStringList digest(const QStringList& proteins, const SimulationSettings& settings)
 {

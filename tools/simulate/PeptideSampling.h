@@ -1,12 +1,16 @@
 #pragma once
 
 #include "common/stable/Result.h"
+#include "tools/simulate/RandomStream.h"
 #include "tools/simulate/SimulationSettings.h"
 
 #include <QString>
 #include <QStringList>
 
 namespace zel::simulate {
+
+/// A common residue, drawn with the frequency that it has in proteins.
+QChar randomResidue(RandomStream& random);
 
 /// The peptides of trypsin: cut behind K and R but not before P (Keil rule). Those within the
 /// limits of length and of missed cleavages, of the twenty common residues only, each once, in the

@@ -15,7 +15,7 @@ class RandomStream
 {
 public:
     /// What a stream is for, the first number of its path.
-    enum Purpose : std::uint64_t { Sequences, Peptides, Background, Drift, Samples, Scans };
+    enum Purpose : std::uint64_t { Sequences, Peptides, Background, Drift, Samples, Scans, Hills };
 
     RandomStream(std::uint64_t seed, std::initializer_list<std::uint64_t> path);
 

@@ -34,6 +34,9 @@ struct SimulationSettings
     int missedCleavages = 1;
     int minPeptideLength = 7;
     int maxPeptideLength = 30;
+    /// How much later an isomer of each peptide elutes, in widths at half height; 0: there are no
+    /// isomers. An isomer has the same amount, up to what differs between samples.
+    double isomerDistance = 0.0;
 
     // Ions. A peptide is seen in the charge states that get at least 5 % of its signal and whose
     // isotopes all lie in the m/z range.

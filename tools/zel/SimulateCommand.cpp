@@ -104,6 +104,12 @@ void addPeptideOptions(CLI::App& command, SimulateOptions& options)
         "--fasta", options.fasta, "Proteins to digest; random tryptic peptides if not given");
     command.add_option("--peptides", settings.peptideCount, "Number of peptides")
         ->capture_default_str();
+    command
+        .add_option("--isomers-apart",
+                    settings.isomerDistance,
+                    "How much later an isomer of each peptide elutes, in widths at half height; "
+                    "0: none does")
+        ->capture_default_str();
     command.add_option("--max-charge", settings.maxCharge, "Highest charge")->capture_default_str();
     command
         .add_option(
@@ -121,18 +127,16 @@ void addRunOptions(CLI::App& command, SimulateOptions& options)
             "--scan-interval", settings.scanIntervalSeconds, "Time between MS1 scans, seconds")
         ->capture_default_str();
     command
-        .add_option(
-            "--drift", settings.driftMinutes, "Greatest retention shift between samples, minutes")
-        ->capture_default_str();
-    command
         .add_option("--peak-sigma",
                     settings.peakSigmaSeconds,
-                    "Standard deviation of a median elution peak, seconds, without its tail")
+                    "Standard deviation of a median peak without its tail, seconds")
         ->capture_default_str();
     command
-        .add_option("--peak-tail",
-                    settings.peakTailSeconds,
-                    "Time constant of the tail of that peak, seconds")
+        .add_option("--peak-tail", settings.peakTailSeconds, "Time constant of its tail, seconds")
+        ->capture_default_str();
+    command
+        .add_option(
+            "--drift", settings.driftMinutes, "Greatest retention shift between samples, minutes")
         ->capture_default_str();
 }
 

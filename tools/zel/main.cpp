@@ -56,6 +56,7 @@ int main(int argc, char** argv)
     tool::CommandAction chosen;
     tool::addInfoCommand(tool, chosen);
     tool::addSimulateCommand(tool, chosen);
+    tool::addTargetedCommand(tool, chosen);
     tool::addXicCommand(tool, chosen);
     tool::addXimCommand(tool, chosen);
     try {

@@ -13,7 +13,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <limits>
 #include <vector>
 
@@ -30,17 +29,6 @@ using Matrix = FeatureFinderV24DScansHandler::Matrix;
 
 /// Entries of the matrix when it is the sum of the whole run.
 constexpr int kMaxPointsOfWholeRun = 10000000;
-
-/// The median of the values that are not zero.
-double medianOf(const std::vector<double>& values)
-{
-    std::vector<double> notZero;
-    notZero.reserve(values.size());
-    std::copy_if(values.begin(), values.end(), std::back_inserter(notZero), [](double value) {
-        return std::abs(value) > kZeroIntensity;
-    });
-    return MathUtils::median(std::move(notZero));
-}
 
 } // namespace
 
@@ -155,7 +143,10 @@ Result<Matrix> FeatureFinderV24DScansHandler::getFrameRaw(int d1)
     } else {
         ZEL_RETURN_IF_ERROR(slideTo(d1));
     }
-    return filteredSum();
+    Matrix sum;
+    m_summingMatrix->strongestCells(
+        m_params.relativeFrameNoiseFloor, static_cast<std::size_t>(m_maxPointsPerFrame), &sum);
+    return sum;
 }
 
 Error FeatureFinderV24DScansHandler::initFirstFrame(int d1)
@@ -177,7 +168,7 @@ Error FeatureFinderV24DScansHandler::loadSummingMatrix()
     Error e;
     ZEL_RETURN_IF_ERROR(checkWindowIsFull());
     for (const Matrix& frame : m_frames) {
-        updateSummedMatrix(frame, Add);
+        m_summingMatrix->add(frame);
     }
     return kNoError;
 }
@@ -186,10 +177,6 @@ Error FeatureFinderV24DScansHandler::slideTo(int d1)
 {
     Error e;
     ZEL_RETURN_IF_ERROR(checkWindowIsFull());
-    Matrix oldest;
-    oldest.swap(m_frames.front());
-    m_frames.pop_front();
-    updateSummedMatrix(oldest, Subtract);
     const int index = findD1Index(d1);
     ZEL_RETURN_IF_ERROR(ErrorUtils::notEqual<int>(
         index, -1, Error(kError, QStringLiteral("There is no frame %1").arg(d1))));
@@ -199,7 +186,8 @@ Error FeatureFinderV24DScansHandler::slideTo(int d1)
         true,
         Error(kError, QStringLiteral("The run ends before the window of frame %1").arg(d1))));
     ZEL_RETURN_IF_ERROR(appendFrame(m_d1s[last]));
-    updateSummedMatrix(m_frames.back(), Add);
+    m_summingMatrix->replaceFirstByLast(m_frames);
+    m_frames.pop_front();
     return kNoError;
 }
 
@@ -212,15 +200,6 @@ Error FeatureFinderV24DScansHandler::checkWindowIsFull() const
               QStringLiteral("%1 frames are to be summed, but the window holds %2")
                   .arg(m_params.numberOfFramesToSum)
                   .arg(m_frames.size())));
-}
-
-void FeatureFinderV24DScansHandler::updateSummedMatrix(const Matrix& frame, FramePolarity polarity)
-{
-    if (polarity == Add) {
-        m_summingMatrix->add(frame);
-    } else {
-        m_summingMatrix->subtract(frame, m_frames);
-    }
 }
 
 /// Reads a frame into the window.
@@ -279,25 +258,6 @@ Error FeatureFinderV24DScansHandler::buildMatrix(const Frame& frame, Matrix* mat
     }
     columns.finish(matrix);
     return kNoError;
-}
-
-/// The sum without noise, and without the weakest entries when there are too many.
-Matrix FeatureFinderV24DScansHandler::filteredSum() const
-{
-    std::vector<double> values = m_summingMatrix->values();
-    double threshold = 0.0;
-    if (std::abs(m_params.relativeFrameNoiseFloor) > kZeroIntensity) {
-        threshold = std::max(0.0, medianOf(values) * m_params.relativeFrameNoiseFloor);
-        std::erase_if(values, [threshold](double value) { return !(value > threshold); });
-    }
-    if (values.size() > static_cast<std::size_t>(m_maxPointsPerFrame)) {
-        const auto limit = values.begin() + m_maxPointsPerFrame;
-        std::nth_element(values.begin(), limit, values.end(), std::greater<>());
-        threshold = *limit;
-    }
-    Matrix sum;
-    m_summingMatrix->cellsAbove(threshold, &sum);
-    return sum;
 }
 
 int FeatureFinderV24DScansHandler::findD1Index(int d1) const

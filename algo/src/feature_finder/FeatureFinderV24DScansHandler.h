@@ -104,8 +104,6 @@ public:
     static void writeFrameToCSV(const Frame& frame, const QString& path);
 
 private:
-    enum FramePolarity { Add = 0, Subtract = 1 };
-
     Error setScansIds();
     Error setMaxD2();
     void setParametersToSumAllD1s();
@@ -114,11 +112,9 @@ private:
     Error loadSummingMatrix();
     Error slideTo(int d1);
     Error checkWindowIsFull() const;
-    void updateSummedMatrix(const Matrix& frame, FramePolarity polarity);
     Error appendFrame(int d1);
     Result<Frame> buildScanFrame(int d1);
     Error buildMatrix(const Frame& frame, Matrix* matrix) const;
-    Matrix filteredSum() const;
     int findD1Index(int d1) const;
     int columnOf(int d2) const;
     bool takesAllMz() const;

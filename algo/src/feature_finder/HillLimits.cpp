@@ -55,9 +55,9 @@ private:
         int columnHi;
     };
 
-    /// About the size of a hill.
+    /// Somewhat more than the size of a hill, so that most lie in one or two tiles.
     static constexpr double kTilesPerMz = 10.0;
-    static constexpr int kColumnsPerTile = 32;
+    static constexpr int kColumnsPerTile = 256;
 
     static int tileOfMz(double mz) { return static_cast<int>(std::floor(mz * kTilesPerMz)); }
     static int tileOfColumn(int column) { return column / kColumnsPerTile; }
@@ -72,7 +72,7 @@ private:
 
 HillD2 hillAt(const EigenUtilities::MatrixApexIndex& apex,
               const Eigen::SparseMatrix<double>& matrix,
-              const Eigen::SparseMatrix<double, Eigen::RowMajor>& rows,
+              const MatrixRows& rows,
               const HillSearchSettings& settings)
 {
     const int halfWidth = static_cast<int>(std::lround(settings.mzHashFactor / kMzWindowsPerMz));
@@ -82,7 +82,7 @@ HillD2 hillAt(const EigenUtilities::MatrixApexIndex& apex,
                        settings.ratioMz,
                        apex.row - halfWidth,
                        2 * halfWidth);
-    const HillProfile profile(storedEntries(rows, apex.row), apex.column);
+    const HillProfile profile(rows.row(apex.row), apex.column);
     const HillLimits d2Limits =
         findHillLimits(profile, apex.column, settings.ratioD2, 0, static_cast<int>(matrix.cols()));
     HillD2 hill;
@@ -173,7 +173,7 @@ std::vector<HillD2> climbDown(const QList<EigenUtilities::MatrixApexIndex>& apex
                               qsizetype from,
                               qsizetype to,
                               const Eigen::SparseMatrix<double>& matrix,
-                              const Eigen::SparseMatrix<double, Eigen::RowMajor>& rows,
+                              const MatrixRows& rows,
                               const HillSearchSettings& settings)
 {
     std::vector<HillD2> hills;

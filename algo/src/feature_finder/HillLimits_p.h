@@ -3,6 +3,7 @@
 #include "common/core_mini/src/algo/EigenUtilities.h"
 #include "common/core_mini/src/algo/StoredEntries.h"
 #include "feature_finder/Hill.h"
+#include "feature_finder/MatrixRows_p.h"
 
 #include <QList>
 
@@ -54,12 +55,12 @@ HillLimits findHillLimits(
     const HillProfile& profile, int apex, double ratio, int first, int length);
 
 /// The hills of the apexes at [from, to) of the list, in its order.
-/// \param rows  the matrix by rows
+/// \param rows  the same matrix by rows
 std::vector<HillD2> climbDown(const QList<EigenUtilities::MatrixApexIndex>& apexes,
                               qsizetype from,
                               qsizetype to,
                               const Eigen::SparseMatrix<double>& matrix,
-                              const Eigen::SparseMatrix<double, Eigen::RowMajor>& rows,
+                              const MatrixRows& rows,
                               const HillSearchSettings& settings);
 
 /// Drops each hill whose apex lies within the limits of an earlier one that is not dropped itself.

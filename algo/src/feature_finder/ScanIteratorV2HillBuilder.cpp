@@ -3,6 +3,7 @@
 #include "common/core_mini/src/algo/ErrorUtils.h"
 #include "common/stable/Logging.h"
 #include "feature_finder/HillLimits_p.h"
+#include "feature_finder/MatrixRows_p.h"
 
 #include <QElapsedTimer>
 #include <QFuture>
@@ -20,7 +21,6 @@ namespace {
 
 using Apexes = QList<EigenUtilities::MatrixApexIndex>;
 using Matrix = ScanIteratorV2HillBuilder::Matrix;
-using RowMajorMatrix = Eigen::SparseMatrix<double, Eigen::RowMajor>;
 
 constexpr int kLeastMzKernelWidth = 3;
 /// More than any peak needs; keeps a mistyped width from asking for all memory.
@@ -123,14 +123,12 @@ Result<QList<HillD2>> ScanIteratorV2HillBuilder::buildHills(const Matrix& frame,
         return QList<HillD2>();
     }
     Matrix smoothed = frame;
-    for (int pass = 0; pass < m_params.mzSmoothingPasses; ++pass) {
-        smoothDimensionMz(&smoothed);
-    }
-    for (int pass = 0; pass < m_params.d2SmoothingPasses; ++pass) {
-        smoothDimensionD2(&smoothed);
-    }
+    smoothDimensionMz(&smoothed);
+    MatrixRows rows(smoothed);
+    smoothDimensionD2(&rows, &smoothed);
     const Apexes apexes = EigenUtilities::findSparseMatrixApexes(smoothed);
-    return wideHills(findHillLimitsFromApexes(apexes, smoothed, d1), m_params.minHillLengthD2);
+    return wideHills(findHillLimitsFromApexes(apexes, smoothed, rows, d1),
+                     m_params.minHillLengthD2);
 }
 
 Result<QList<HillD1>> ScanIteratorV2HillBuilder::buildHills(Matrix* matrix) const
@@ -144,45 +142,47 @@ Result<QList<HillD1>> ScanIteratorV2HillBuilder::buildHills(Matrix* matrix) cons
     QElapsedTimer timer;
     timer.start();
     qCDebug(algoLog) << "Let the feature finding begin...";
-    for (int pass = 0; pass < m_params.mzSmoothingPasses; ++pass) {
-        smoothDimensionMz(matrix);
-    }
+    smoothDimensionMz(matrix);
     qCDebug(algoLog) << "Phase 1 Complete" << timer.restart();
-    for (int pass = 0; pass < m_params.d2SmoothingPasses; ++pass) {
-        smoothDimensionD2(matrix);
-    }
+    MatrixRows rows(*matrix);
+    smoothDimensionD2(&rows, matrix);
     qCDebug(algoLog) << "Phase 2 Complete" << timer.restart();
     qCDebug(algoLog) << matrix->nonZeros() << "point count";
     const Apexes apexes = EigenUtilities::findSparseMatrixApexes(*matrix);
     qCDebug(algoLog) << "Peaks to be climbed" << apexes.size();
     const QList<HillD2> wide =
-        wideHills(findHillLimitsFromApexes(apexes, *matrix, -1), m_params.minHillLengthD1);
+        wideHills(findHillLimitsFromApexes(apexes, *matrix, rows, -1), m_params.minHillLengthD1);
     QList<HillD1> hills;
     hills.reserve(wide.size());
     std::transform(wide.cbegin(), wide.cend(), std::back_inserter(hills), toHillD1);
     return hills;
 }
 
-/// Along m/z, which runs down the columns.
+/// Along m/z, which runs down the columns; as often as is set.
 void ScanIteratorV2HillBuilder::smoothDimensionMz(Matrix* matrix) const
 {
-    Matrix smoothed = EigenUtilities::applyKernelColumnWiseToMatrix(*matrix, m_mzKernel, true);
-    matrix->swap(smoothed);
+    for (int pass = 0; pass < m_params.mzSmoothingPasses; ++pass) {
+        Matrix smoothed = EigenUtilities::applyKernelColumnWiseToMatrix(*matrix, m_mzKernel, true);
+        matrix->swap(smoothed);
+    }
 }
 
-/// Along the second axis, across the columns.
-void ScanIteratorV2HillBuilder::smoothDimensionD2(Matrix* matrix) const
+/// Along the second axis, across the columns; as often as is set. Both forms of the matrix change.
+void ScanIteratorV2HillBuilder::smoothDimensionD2(MatrixRows* rows, Matrix* matrix) const
 {
-    Matrix smoothed =
-        EigenUtilities::applyKernelRowWiseToMatrix(RowMajorMatrix(*matrix), m_d2Kernel, true);
-    matrix->swap(smoothed);
+    for (int pass = 0; pass < m_params.d2SmoothingPasses; ++pass) {
+        rows->convolve(m_d2Kernel);
+    }
+    if (m_params.d2SmoothingPasses > 0) {
+        rows->toColumns(matrix);
+    }
 }
 
 QList<HillD2> ScanIteratorV2HillBuilder::findHillLimitsFromApexes(const Apexes& apexes,
                                                                   const Matrix& matrix,
+                                                                  const MatrixRows& rows,
                                                                   int d1) const
 {
-    const RowMajorMatrix rows(matrix);
     Apexes strongestFirst = apexes;
     std::stable_sort(strongestFirst.begin(),
                      strongestFirst.end(),

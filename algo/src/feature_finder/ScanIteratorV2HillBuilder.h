@@ -12,6 +12,8 @@
 
 namespace zel {
 
+class MatrixRows;
+
 /// Finds the hills of a signal matrix: its local ridges, each an apex with the limits of its slopes
 /// along both axes.
 ///
@@ -52,9 +54,10 @@ public:
 
 private:
     void smoothDimensionMz(Matrix* matrix) const;
-    void smoothDimensionD2(Matrix* matrix) const;
+    void smoothDimensionD2(MatrixRows* rows, Matrix* matrix) const;
     QList<HillD2> findHillLimitsFromApexes(const QList<EigenUtilities::MatrixApexIndex>& apexes,
                                            const Matrix& matrix,
+                                           const MatrixRows& rows,
                                            int d1) const;
 
     SettableFeatureFinderParameters m_params;

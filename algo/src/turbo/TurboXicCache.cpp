@@ -98,15 +98,17 @@ Error TurboXic::load(const QString& path)
 }
 
 Error TurboXic::load(const QByteArray& bytes)
-{
+try {
     QDataStream stream(bytes);
     prepareTurboXicStream(stream);
     ZEL_ASSIGN_OR_RETURN(const TurboXicHeader header,
                          loadAndVerifyHeader(stream, m_private->settings));
     ZEL_ASSIGN_OR_RETURN(TurboXicContent content, readTurboXicContent(stream));
-    m_private->dataFingerprint = header.dataFingerprint;
     m_private->setContent(std::move(content.intensityMatrix), std::move(content.scanTimes));
+    m_private->dataFingerprint = header.dataFingerprint;
     return kNoError;
+} catch (const std::bad_alloc&) {
+    ZEL_RETURN_ERROR(kError, "Not enough memory for the index");
 }
 
 bool TurboXic::isValidCacheFile(const QString& path) const

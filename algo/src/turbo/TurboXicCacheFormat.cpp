@@ -111,8 +111,14 @@ bool readDateTime(QDataStream& stream, QDateTime& dateTime)
 {
     QByteArray text;
     stream >> text;
-    dateTime = QDateTime::fromString(QString::fromLatin1(text), QString::fromLatin1(kDateFormat));
-    return stream.status() == QDataStream::Ok && dateTime.isValid();
+    // Date and time are judged apart: the hour that the reader's zone leaves out in spring is a
+    // good one where the file was written.
+    const QStringList parts = QString::fromLatin1(text).split(QLatin1Char(' '));
+    const QDate date = QDate::fromString(parts.value(0), QStringLiteral("yyyy-MM-dd"));
+    const QTime time = QTime::fromString(parts.value(1), QStringLiteral("HH:mm:ss"));
+    dateTime = QDateTime(date, time);
+    return stream.status() == QDataStream::Ok && parts.size() == 2 && date.isValid() &&
+           time.isValid();
 }
 
 bool readTimes(QDataStream& stream, Eigen::VectorXd& times)
@@ -274,7 +280,12 @@ QByteArray turboXicCacheBytes(const TurboXicSettings& settings,
                               const Eigen::SparseMatrix<double>& intensityMatrix,
                               const Eigen::VectorXd& scanTimes)
 {
+    constexpr qsizetype headerBytes = 4096; // a guess; more is taken as needed
     QByteArray bytes;
+    bytes.reserve(headerBytes + static_cast<qsizetype>(sizeof(double)) * scanTimes.size() +
+                  static_cast<qsizetype>(sizeof(int)) * intensityMatrix.outerSize() +
+                  static_cast<qsizetype>(sizeof(double) + sizeof(int)) *
+                      intensityMatrix.nonZeros());
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
     QDataStream stream(&buffer);

@@ -13,15 +13,16 @@ struct ImmutableFeatureFinderParameters
     double maxMz = 3010.0;
     /// Largest charge that the scan-wise finder accepts.
     int maxClusterCharge = 10;
-    /// Half width of the slice around a cluster peak, bins: 2.1 Th hold two isotope steps of charge
-    /// 1 and twelve of charge 6 to each side.
-    int clusterSliceHalfWidth = 2100;
+    /// Half width of the slice around a cluster peak, bins: 6.1 Th hold six isotope steps of charge
+    /// 1 and twelve of charge 2 to each side, so that no isotopes are left over when a cluster is
+    /// subtracted.
+    int clusterSliceHalfWidth = 6100;
     /// Index of the peak in a slice.
-    int clusterSliceCentre = 2100;
+    int clusterSliceCentre = 6100;
     /// Length of a slice after overlap removal, bins.
-    int clusterSliceLength = 4201;
+    int clusterSliceLength = 12201;
     /// Length of a vector that holds a whole scan, bins: up to the slice of a peak at `maxMz`.
-    int scanVectorLength = 3012101;
+    int scanVectorLength = 3016101;
     /// Neighbourhood radius of the clustering of scan-wise features: the distance of (scan, mass *
     /// dbscanMassFactor).
     double dbscanEpsilon = 3.0;

@@ -1,0 +1,53 @@
+#include "common/core_mini/src/algo/MonoisotopeDeterminatorNN.h"
+
+#include "common/core_mini/src/algo/NetworkFile_p.h"
+#include "common/core_mini/src/algo/NetworkInputs_p.h"
+#include "common/stable/PhysicalConstants.h"
+
+#include <QString>
+
+#include <algorithm>
+
+namespace zel {
+
+namespace {
+
+/// No cluster is lighter.
+constexpr double kLeastMassDa = 200.0;
+
+/// The greatest offset at which the ion keeps that mass.
+int greatestOffset(double mz, int charge)
+{
+    const double spare = (mz - kProtonMassDa) * charge - kLeastMassDa;
+    const double steps = std::clamp(
+        spare / kCarbonIsotopeSpacingDa, 0.0, static_cast<double>(networkinputs::kOffsetOutputs - 1));
+    return static_cast<int>(steps);
+}
+
+} // namespace
+
+Error MonoisotopeDeterminatorNN::init(const QString& networkFilePath)
+{
+    ZEL_ASSIGN_OR_RETURN(m_network,
+                         networkfile::load(networkFilePath,
+                                           QLatin1StringView(networkfile::kOffsetNetwork),
+                                           networkinputs::offsetInputCount(),
+                                           networkinputs::kOffsetOutputs));
+    return kNoError;
+}
+
+int MonoisotopeDeterminatorNN::determineMonoisotopeOffset(
+    const Eigen::SparseVector<double, 0, int>& profile, double mz, int charge) const
+{
+    if (!m_network || !networkinputs::isUsable(profile) || charge < 1 ||
+        charge >= networkinputs::kChargeOutputs || !std::isfinite(mz)) {
+        return 0;
+    }
+    const Eigen::VectorXf scores =
+        m_network->evaluate(networkinputs::offsetInputs(profile, mz, charge));
+    int offset = 0;
+    scores.maxCoeff(&offset);
+    return std::min(offset, greatestOffset(mz, charge));
+}
+
+} // namespace zel
