@@ -232,10 +232,10 @@ def run(zel, work, name, options, show_misses):
         count = int(simulate_options[simulate_options.index("--mobility-scans") + 1])
         sigma_scans = 0.01 * (count - 1)  # of a range of 1 V s/cm2
     visibility = Visibility(scans, mobility_scans, 1.0, sigma_scans)
-    isGood = evaluate(name, base + ".truth.tsv", base + ".features.tsv", visibility, show_misses)
+    is_good = evaluate(name, base + ".truth.tsv", base + ".features.tsv", visibility, show_misses)
     if show_misses:
         print("  " + tool.stdout.strip().split(": ", 1)[1])
-    return isGood
+    return is_good
 
 
 def main():
