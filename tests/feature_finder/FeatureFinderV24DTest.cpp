@@ -5,11 +5,13 @@
 #include "tests/support/RecordingSink.h"
 #include "tests/support/Runs.h"
 #include "tests/support/SourceProbe.h"
+#include "tools/simulate/Simulator.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <random>
 
 namespace zel::test {
@@ -269,6 +271,87 @@ TEST(FeatureFinderV24DTest, HandsItsLimitsToTheHandler)
     EXPECT_THAT(finder.findFeatures(nullptr, nullptr), HasError(kError));
     EXPECT_THAT(finder.initPerMsFile(runOf({0.5}, {{500.0, 1.0}}).get(), &handler),
                 HasError(kError));
+}
+
+TEST(FeatureFinderV24DTest, FindsSimulatedPeptides)
+{
+    simulate::SimulationSettings settings;
+    settings.peptideCount = 12;
+    settings.missingFraction = 0.0;
+    settings.driftMinutes = 0.0;
+    settings.endMinutes = 2.4;
+    settings.scanIntervalSeconds = 2.0;
+    settings.peakSigmaSeconds = 3.0;
+    settings.peakTailSeconds = 1.5;
+    settings.mobilityScanCount = 120;
+    settings.mobilitySigma = 0.05; // six scans
+    settings.resolutionModel = simulate::ResolutionModel::TimeOfFlight;
+    settings.resolvingPower = 40000.0;
+    settings.minIntensity = 500.0;
+    settings.intensityPerIon = 100.0;
+    settings.backgroundIonCount = 0;
+    settings.strayPeakIntensity = 500.0;
+    const auto run = valueOf(simulate::simulateRun(settings, 0));
+    const auto source = sourceOf(run.scans);
+    FeatureFinderV24D finder;
+    ASSERT_THAT(finder.init(SettableFeatureFinderParameters::trappedMobility()), IsOk());
+    const auto masters = valueOf(finder.findFeatures(source.get(), nullptr));
+
+    double mzShift = 0.0;
+    for (const simulate::TrueIon& ion : run.truth) {
+        std::optional<ChargeFeature> found;
+        for (const MasterFeature& master : masters) {
+            for (const ChargeFeature& feature : master.chargeFeatures()) {
+                if (feature.charge == ion.charge && feature.startD1 <= ion.rtApex &&
+                    ion.rtApex <= feature.endD1 &&
+                    std::abs(feature.monoIsotopicMass - ion.mass) < 10e-6 * ion.mass) {
+                    found = feature;
+                }
+            }
+        }
+        ASSERT_TRUE(found) << ion.mass << " Da, charge " << ion.charge;
+        mzShift += (found->monoIsotopicMass - ion.mass) / ion.charge;
+        const double apexMobility =
+            settings.firstMobility + settings.mobilityStep() * (found->apexD2 - 1.0);
+        EXPECT_NEAR(apexMobility, ion.mobilityApex, 3 * std::abs(settings.mobilityStep()));
+    }
+    // Cutting m/z to bins of 2 mTh takes off half a bin on average.
+    EXPECT_NEAR(mzShift / static_cast<double>(run.truth.size()), -0.001, 0.0004);
+}
+
+TEST(FeatureFinderV24DTest, WalksOverTheFramesThatAreAskedFor)
+{
+    class Reads : public SourceProbe
+    {
+    public:
+        using SourceProbe::scanData;
+        using SourceProbe::SourceProbe;
+        Result<QList<QPointF>> scanData(const msreader::MsQuery& query) override
+        {
+            d1s.insert(static_cast<int>(*query.scanId()->d1));
+            return SourceProbe::scanData(query);
+        }
+        QSet<int> d1s;
+    };
+    const auto source = mobilityRun(12, {{500.0, 100.0}}); // one hill in each, and no cluster
+    Reads reads(source.get());
+    const auto sink = QSharedPointer<RecordingSink>::create();
+    Finder finder(paramsOf());
+    finder.setStartStopD1(5, 8);
+    EXPECT_TRUE(valueOf(finder.findFeatures(&reads, sink)).isEmpty());
+    EXPECT_EQ(reads.d1s, (QSet<int>{5, 6, 7, 8, 9, 10})); // the windows of 5 to 8
+    EXPECT_EQ(sink->log,
+              QStringLiteral("Feature finding at test run;begin 9;Commence feature finding...;") +
+                  QStringLiteral("step;").repeated(9) + QStringLiteral("end;"));
+
+    sink->canceled = true;
+    EXPECT_THAT(finder.findFeatures(source.get(), sink), HasError(kOperationCanceledError));
+    Finder other(paramsOf());
+    EXPECT_TRUE(valueOf(other.findFeatures(mobilityRun(12, {}).get(), nullptr)).isEmpty());
+    EXPECT_THAT(other.findFeatures(mobilityRun(2, {}).get(), nullptr), HasError(kError)); // of 3
+    auto params = paramsOf();
+    params.networkFilePath = QStringLiteral("/nowhere");
+    EXPECT_THAT(Finder(params).findFeatures(source.get(), nullptr), HasError(kFileOpenError));
 }
 
 TEST(FeatureFinderFactoryTest, MakesTheFinderOfAVersion)
