@@ -186,6 +186,12 @@ const BadCall kBadCalls[] = {
      [](const QString& run, const QString&) { return xic(run, {text("--mz=-5")}); },
      2,
      "--mz"},
+    {"NotANumber",
+     [](const QString& run, const QString&) {
+         return xic(run, {text("--mz"), text("500"), text("--ppm"), text("nan")});
+     },
+     2,
+     "--ppm: nan is not a finite number"},
     {"MissingRun", onBadRun, 1, "bad"},
     {"EmptyRun", onBadRun, 1, "bad", "bad", ""},
     {"TextInsteadOfARun", onBadRun, 1, "bad", "bad", "this is no mzML file\n"},
