@@ -4,15 +4,21 @@
 #include "bench/feature_finder/MobilityFrames.h"
 #include "bench/support/Paired.h"
 #include "common/stable/MathUtils.h"
+#include "common/stable/MemoryInfo.h"
+#include "feature_finder/FeatureFinderV24D.h"
 #include "feature_finder/FeatureFinderV24DScansHandler.h"
 #include "feature_finder/HillLimits_p.h"
 #include "feature_finder/MatrixRows_p.h"
 #include "feature_finder/ScanIteratorV2HillBuilder.h"
 #include "feature_finder/ScanIteratorV2HillClusteromatic.h"
+#include "tests/support/SourceProbe.h"
 
+#include <QFile>
 #include <QFuture>
 #include <QtConcurrent>
 #include <benchmark/benchmark.h>
+
+#include <malloc.h>
 
 #include <chrono>
 #include <functional>
@@ -26,6 +32,8 @@ namespace {
 using Matrix = Eigen::SparseMatrix<double>;
 
 constexpr int kFrameCount = 40;
+/// Number of the run's first frame.
+constexpr int kFirstD1 = 31;
 
 msreader::MsDataSourceInterface* run()
 {
@@ -135,6 +143,75 @@ void mobilityFrames(benchmark::State& state)
     }
 }
 BENCHMARK(mobilityFrames)->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(74);
+
+/// The run of the bench over and over again, as one of `frameCount` frames that takes no more
+/// memory.
+class RepeatedRun : public test::SourceProbe
+{
+public:
+    explicit RepeatedRun(int frameCount)
+        : SourceProbe(run())
+        , m_frameCount(frameCount)
+    {}
+
+    using SourceProbe::scanData;
+    using SourceProbe::scanInfoBasic;
+    Result<QList<msreader::MsScanId>> scanIds(const msreader::MsQuery& query) override
+    {
+        auto ids = SourceProbe::scanIds(query);
+        const qsizetype idsPerFrame = ids.value().size() / kFrameCount;
+        for (int frame = kFrameCount; frame < m_frameCount; ++frame) {
+            for (qsizetype i = 0; i < idsPerFrame; ++i) {
+                ids.value().append(ids.value().at(i));
+                *ids.value().last().d1 += frame;
+            }
+        }
+        return ids;
+    }
+    Result<msreader::ScanInfoBasic> scanInfoBasic(const msreader::MsScanId& id) override
+    {
+        return msreader::ScanInfoBasic{id, static_cast<double>(*id.d1)};
+    }
+    Result<QList<QPointF>> scanData(const msreader::MsQuery& query) override
+    {
+        msreader::MsScanId id = *query.scanId();
+        *id.d1 = kFirstD1 + (*id.d1 - kFirstD1) % kFrameCount;
+        return SourceProbe::scanData(msreader::MsQuery(id, query.peakPickingFilter()));
+    }
+
+private:
+    int m_frameCount;
+};
+
+/// Gives unused memory back and lets the peak start over; Linux only.
+void forgetPeakMemory()
+{
+    malloc_trim(0);
+    QFile file(QStringLiteral("/proc/self/clear_refs"));
+    if (!file.open(QIODevice::WriteOnly) || file.write("5") != 1) {
+        qWarning("the peak memory is that of the whole process");
+    }
+}
+
+/// The peak memory of runs of different length, and what the records of the clusters take of it,
+/// MB. The bench itself holds 40 frames.
+void memoryOfFrames(benchmark::State& state)
+{
+    RepeatedRun source(static_cast<int>(state.range(0)));
+    forgetPeakMemory();
+    FeatureFinderV24D finder;
+    if (finder.init(SettableFeatureFinderParameters::trappedMobility()).hasError()) {
+        qFatal("the finder cannot be made");
+    }
+    qsizetype clusterCount = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        clusterCount = finder.buildPerFrameChargeFeatures(&source, nullptr).value().size();
+    }
+    state.counters["peakMB"] = static_cast<double>(MemoryInfo().peakProcessWorkingSet()) / 1e6;
+    state.counters["recordsMB"] =
+        static_cast<double>(clusterCount) * sizeof(ChargeFeatureFrame) / 1e6;
+}
+BENCHMARK(memoryOfFrames)->Arg(100)->Arg(400)->Unit(benchmark::kSecond)->Iterations(1);
 
 /// A step of a window of 24 frames against one of 3, with reading and binning the frame.
 void longWindowAgainstShort(benchmark::State& state)
