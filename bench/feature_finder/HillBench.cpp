@@ -1,4 +1,4 @@
-// The mobility finder's way to the hills of a frame: what each step costs, how the sliding sum
+// The mobility finder's way to the clusters of a frame: what each step costs, how the sliding sum
 // stands to the length of its window, and what a second thread gives.
 
 #include "bench/feature_finder/MobilityFrames.h"
@@ -8,6 +8,7 @@
 #include "feature_finder/HillLimits_p.h"
 #include "feature_finder/MatrixRows_p.h"
 #include "feature_finder/ScanIteratorV2HillBuilder.h"
+#include "feature_finder/ScanIteratorV2HillClusteromatic.h"
 
 #include <QFuture>
 #include <QtConcurrent>
@@ -89,11 +90,15 @@ double secondsOf(Work work)
 
 } // namespace
 
-/// Frames a second, and the parts of a frame's time. Limits include the removal of the hills inside
-/// others.
+/// Frames a second, from the points of the source to clusters, and the parts of a frame's time.
+/// Limits include the removal of the hills inside others.
 void mobilityFrames(benchmark::State& state)
 {
     const auto params = SettableFeatureFinderParameters::trappedMobility();
+    ScanIteratorV2HillClusteromatic clusteromatic;
+    if (clusteromatic.init(params).hasError()) {
+        qFatal("the networks cannot be loaded");
+    }
     const auto builder = builderOf(params);
     const auto climber = builderOf(withoutSmoothing(params));
     Window window(params);
@@ -103,10 +108,13 @@ void mobilityFrames(benchmark::State& state)
         const double sumSeconds = secondsOf([&] { raw = window.next(); });
         QList<HillD2> hills;
         const double hillSeconds = secondsOf([&] { hills = builder.buildHills(raw, 1).value(); });
-        if (hills.isEmpty()) {
-            state.SkipWithError("no hills");
+        QList<ChargeFeatureFrame> clusters;
+        const double clusterSeconds =
+            secondsOf([&] { clusters = clusteromatic.buildChargeFeatures(hills).value(); });
+        if (clusters.isEmpty()) {
+            state.SkipWithError("no clusters");
         }
-        state.SetIterationTime(sumSeconds + hillSeconds);
+        state.SetIterationTime(sumSeconds + hillSeconds + clusterSeconds);
 
         (void)builder.buildHills(&raw); // leaves it smoothed
         const double rowSeconds = secondsOf([&] { MatrixRows rows(raw); });
@@ -118,10 +126,11 @@ void mobilityFrames(benchmark::State& state)
         seconds["apexes"] += apexSeconds;
         seconds["limits"] += climbSeconds - apexSeconds - rowSeconds;
         seconds["smoothing"] += hillSeconds - climbSeconds + rowSeconds;
-        seconds["total"] += sumSeconds + hillSeconds;
+        seconds["clustering"] += clusterSeconds;
+        seconds["total"] += sumSeconds + hillSeconds + clusterSeconds;
     }
     state.SetItemsProcessed(state.iterations());
-    for (const char* const part : {"sum", "smoothing", "apexes", "limits"}) {
+    for (const char* const part : {"sum", "smoothing", "apexes", "limits", "clustering"}) {
         state.counters[part] = seconds[part] / seconds["total"];
     }
 }
