@@ -7,12 +7,13 @@
 2. Agreement both ways with the features of two programs of OpenMS 2.6 (Debian package topp): same charge, masses within
    10 ppm, the apex of one inside the limits of the other or 5 s beside them.
 
-usage: real_features.py ZEL DATA_FOLDER [--work DIR] [--details] [-- OPTION...]   (options of zel features)
+usage: real_features.py ZEL DATA_FOLDER [--work DIR] [--details] [--with "OPTIONS of zel features"]
 """
 import argparse
 import csv
 import gzip
 import os
+import shlex
 import shutil
 import subprocess
 import sys
@@ -229,7 +230,7 @@ def main():
     parser.add_argument("data")
     parser.add_argument("--work", default="real_features", help="folder for unpacked runs and results")
     parser.add_argument("--details", action="store_true", help="tell what is wrong")
-    parser.add_argument("options", nargs="*", help="options of zel features, after --")
+    parser.add_argument("--with", dest="options", default="", type=shlex.split, help="options of zel features")
     arguments = parser.parse_args()
     os.makedirs(arguments.work, exist_ok=True)
     tell_identified(arguments.zel, arguments.data, arguments.work, arguments.options, arguments.details)

@@ -71,6 +71,7 @@ int main(int argc, char** argv)
     tool.require_subcommand(1);
     tool.fallthrough();
     tool::CommandAction chosen;
+    tool::addFeaturesCommand(tool, chosen);
     tool::addInfoCommand(tool, chosen);
     tool::addSimulateCommand(tool, chosen);
     tool::addTargetedCommand(tool, chosen);
