@@ -1,10 +1,12 @@
 #include "tools/training/HillScene.h"
 
-#include "chemical_model/ChemicalFactory.h"
 #include "chemical_model/IsotopeDistribution.h"
 #include "chemical_model/Residues.h"
+#include "common/core_mini/src/algo/FeatureFinderUtilities.h"
+#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
 #include "common/stable/PhysicalConstants.h"
 #include "tools/simulate/PeptideSampling.h"
+#include "tools/simulate/RandomStream.h"
 
 #include <algorithm>
 #include <cmath>
@@ -216,7 +218,7 @@ void SceneBuilder::addHill(SceneHill hill, double ionCount)
 
 void SceneBuilder::addNoise()
 {
-    const double perPiece = logUniform(m_random, 0.2, m_scene.kind == SceneKind::Scan ? 25.0 : 12.0);
+    const double perPiece = logUniform(m_random, 0.2, m_scene.kind == SceneKind::Scan ? 40.0 : 12.0);
     const double count = m_random.poisson(perPiece * m_pieces);
     for (int i = 0; i < count; ++i) {
         SceneHill hill;
@@ -242,6 +244,22 @@ int SceneBuilder::columnNear(int column, double spread)
 HillScene drawScene(std::uint64_t seed, std::uint64_t number)
 {
     return SceneBuilder(seed, number).build();
+}
+
+HillsByCell strongestHills(const HillScene& scene)
+{
+    HillsByCell hills;
+    for (std::size_t i = 0; i < scene.hills.size(); ++i) {
+        const SceneHill& hill = scene.hills[i];
+        const int row = FeatureFinderUtilities::hashMz(
+            hill.mz, g_immutableFeatureFinderParameters.clusterMzHashFactor);
+        const auto [place, isNew] = hills.try_emplace({row, hill.column}, static_cast<int>(i));
+        if (!isNew &&
+            scene.hills[static_cast<std::size_t>(place->second)].intensity < hill.intensity) {
+            place->second = static_cast<int>(i);
+        }
+    }
+    return hills;
 }
 
 } // namespace zel::training

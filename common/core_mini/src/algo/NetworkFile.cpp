@@ -190,6 +190,9 @@ Result<NetworkPointer> load(const QString& path,
                             Eigen::Index outputSize)
 {
     initNetworkResource();
+    if (path.isEmpty()) {
+        ZEL_RETURN_ERROR(kFileOpenError, "No network file is named");
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         ZEL_RETURN_ERROR(kFileOpenError,
