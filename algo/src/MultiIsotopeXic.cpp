@@ -3,6 +3,7 @@
 #include "MultiIsotopeXicFold_p.h"
 #include "chemical_model/ChemicalFactory.h"
 #include "common/core_mini/src/algo/AveragineGenerator.h"
+#include "common/core_mini/src/algo/ErrorUtils.h"
 #include "common/ms_types/MsDataSourceInterface.h"
 #include "common/stable/PhysicalConstants.h"
 
@@ -33,13 +34,16 @@ Result<QList<QList<QPointF>>> getIsotopeXics(const QList<QPointF>& isotopes,
 {
     QList<XicDimensions> dimensions;
     double total = 0.0;
-    for (qsizetype k = 0; k < isotopes.size() && total <= cumulativeIntensityLimit; ++k) {
+    for (qsizetype k = 0; k < isotopes.size(); ++k) {
         total += isotopes[k].y();
         weights.append(isotopes[k].y());
         const double isotopeMass = mass + static_cast<double>(k) * kCarbonIsotopeSpacingDa;
         dimensions.append(
             windowFactory.create(isotopeMass, charge, mzTolerancePpm, timeStart, timeEnd, isotope)
                 .toXicDimensions());
+        if (total > cumulativeIntensityLimit) {
+            break;
+        }
     }
     ZEL_ASSIGN_OR_RETURN(QList<QList<QPointF>> xics, source->xics(dimensions));
     return xics;
@@ -130,6 +134,37 @@ Result<QList<QPointF>> subtractWtSignalFromDeamidatedSignal(const chem::Molecule
 
 } // namespace
 
+/// The folded XIC of any form of one ion.
+struct MultiIsotopeXic::FormXic
+{
+    int charge;
+    const XicWindowFactory& windowFactory;
+    double mzTolerancePpm;
+    double timeStart;
+    double timeEnd;
+    int isotope;
+    double cumulativeIntensityLimit;
+    MsDataSourceInterface* source;
+    const XicAggregationType& aggregation;
+    const WHMParams& params;
+
+    Result<QList<QPointF>> operator()(const IonForm& form) const
+    {
+        return multiIsotopeXic(form.pattern,
+                               form.mass,
+                               charge,
+                               windowFactory,
+                               mzTolerancePpm,
+                               timeStart,
+                               timeEnd,
+                               isotope,
+                               cumulativeIntensityLimit,
+                               source,
+                               aggregation,
+                               params);
+    }
+};
+
 Result<QList<QPointF>> MultiIsotopeXic::multiIsotopeXic(const QList<QPointF>& isotopes,
                                                         double mass,
                                                         int charge,
@@ -144,6 +179,7 @@ Result<QList<QPointF>> MultiIsotopeXic::multiIsotopeXic(const QList<QPointF>& is
                                                         WHMParams params)
 {
     Error e;
+    ZEL_RETURN_IF_ERROR(ErrorUtils::equal<bool>(source != nullptr, true, Error(kError)));
     QList<double> weights;
     ZEL_ASSIGN_OR_RETURN(const QList<QList<QPointF>> xics,
                          getIsotopeXics(isotopes,
@@ -181,20 +217,16 @@ Result<QList<QPointF>> MultiIsotopeXic::xic(double mass,
                                             const XicAggregationType& aggregation,
                                             bool isDeamidated) const
 {
-    const auto cut = [&](const IonForm& form) {
-        return multiIsotopeXic(form.pattern,
-                               form.mass,
-                               charge,
-                               windowFactory,
-                               mzTolerancePpm,
-                               timeStart,
-                               timeEnd,
-                               isotope,
-                               cumulativeIntensityLimit,
-                               source,
-                               aggregation,
-                               m_params);
-    };
+    const FormXic cut{charge,
+                      windowFactory,
+                      mzTolerancePpm,
+                      timeStart,
+                      timeEnd,
+                      isotope,
+                      cumulativeIntensityLimit,
+                      source,
+                      aggregation,
+                      m_params};
     if (isDeamidated) {
         return subtractWtSignalFromDeamidatedSignal(mass, charge, cut);
     }
@@ -219,20 +251,16 @@ Result<QList<QPointF>> MultiIsotopeXic::xic(const chem::Molecule& molecule,
                                             const XicAggregationType& aggregation,
                                             bool isDeamidated) const
 {
-    const auto cut = [&](const IonForm& form) {
-        return multiIsotopeXic(form.pattern,
-                               form.mass,
-                               charge,
-                               windowFactory,
-                               mzTolerancePpm,
-                               timeStart,
-                               timeEnd,
-                               isotope,
-                               cumulativeIntensityLimit,
-                               source,
-                               aggregation,
-                               m_params);
-    };
+    const FormXic cut{charge,
+                      windowFactory,
+                      mzTolerancePpm,
+                      timeStart,
+                      timeEnd,
+                      isotope,
+                      cumulativeIntensityLimit,
+                      source,
+                      aggregation,
+                      m_params};
     if (isDeamidated) {
         return subtractWtSignalFromDeamidatedSignal(molecule, charge, cut);
     }

@@ -99,6 +99,8 @@ public:
                                               QList<double> weights) const;
 
 private:
+    struct FormXic;
+
     static Result<QList<QPointF>> multiIsotopeXic(const QList<QPointF>& isotopes,
                                                   double mass,
                                                   int charge,

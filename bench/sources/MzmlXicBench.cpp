@@ -7,6 +7,7 @@
 #include "bench/support/SyntheticRuns.h"
 #include "tools/sources/MzmlDataSource.h"
 #include "tools/sources/MzmlWriter.h"
+#include "turbo/TurboXic.h"
 
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
@@ -61,6 +62,28 @@ void openAndExtractAgainstLibpwizLoop(benchmark::State& state)
         [] { benchmark::DoNotOptimize(readThroughLibpwiz()); });
 }
 
+/// One chromatogram over the run out of an index / by bulk extraction from the file.
+void indexXicAgainstBulkOnMzml(benchmark::State& state)
+{
+    const auto source = msreader::MzmlDataSource::open(runPath()).value();
+    TurboXic index;
+    if (index.init(source.get(), QStringLiteral("run"), {}).hasError()) {
+        state.SkipWithError("the index cannot be built");
+        return;
+    }
+    const XicDimensions window({600.0 * (1 - 10e-6), 600.0 * (1 + 10e-6)}, {0.0, 60.0});
+    runPaired(
+        state,
+        [&] { benchmark::DoNotOptimize(index.retrieveXic(window).value()); },
+        [&] {
+            benchmark::DoNotOptimize(
+                BulkXicExtractor(source.get())
+                    .xic(QList<XicDimensions>{window}, 1, msreader::PeakPickingFilter::Centroid, {})
+                    .value());
+        });
+}
+
+BENCHMARK(indexXicAgainstBulkOnMzml)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
 BENCHMARK(openAndExtractAgainstLibpwizLoop)
     ->UseManualTime()
     ->Iterations(5)

@@ -3,12 +3,15 @@
 #include "BulkXicExtractor.h"
 #include "bench/support/Paired.h"
 #include "bench/support/SyntheticRuns.h"
+#include "common/stable/MemoryInfo.h"
 #include "common/stable/PointList.h"
 #include "turbo/TurboXic.h"
 
 #include <QFile>
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
+
+#include <malloc.h>
 
 #include <cmath>
 #include <cstring>
@@ -236,6 +239,42 @@ void cacheLoadAgainstReadAndCopy(benchmark::State& state)
         });
 }
 
+/// Bytes that the process holds on the heap.
+double heldBytes()
+{
+    const struct mallinfo2 heap = mallinfo2();
+    return static_cast<double>(heap.uordblks + heap.hblkhd);
+}
+
+/// The counters are bytes for each stored entry: held by a finished index, its directory of m/z
+/// ranges included, and the greatest resident size while it is built, with the chunk of spectra in
+/// hand and the room reserved in advance as far as it was written to.
+void indexMemory(benchmark::State& state)
+{
+    TurboXicSettings settings;
+    settings.maxIonCount = kPeakCount;
+    const auto entryCount = static_cast<double>(kScanCount) * kPeakCount;
+    run();
+    for ([[maybe_unused]] auto _ : state) {
+        malloc_trim(0);
+        const double heldBefore = heldBytes();
+        QFile resetPeak(QStringLiteral("/proc/self/clear_refs"));
+        if (!resetPeak.open(QIODevice::WriteOnly) || resetPeak.write("5") != 1) {
+            state.SkipWithError("the peak of the resident size cannot be reset");
+            return;
+        }
+        resetPeak.close();
+        const auto residentBefore = static_cast<double>(MemoryInfo().peakProcessWorkingSet());
+        TurboXic index(settings);
+        benchmark::DoNotOptimize(
+            index.init(run().source.get(), QStringLiteral("random"), {}).hasError());
+        state.counters["heldBytesPerEntry"] = (heldBytes() - heldBefore) / entryCount;
+        state.counters["peakBytesPerEntry"] =
+            (static_cast<double>(MemoryInfo().peakProcessWorkingSet()) - residentBefore) /
+            entryCount;
+    }
+}
+
 /// The counter `ratio` is the time of two threads with half of the windows each over that of one
 /// with all of them.
 void twoThreadsAgainstOne(benchmark::State& state)
@@ -266,6 +305,7 @@ BENCHMARK(cacheLoadAgainstReadAndCopy)
     ->UseManualTime()
     ->Iterations(5)
     ->Unit(benchmark::kMillisecond);
+BENCHMARK(indexMemory)->Iterations(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(twoThreadsAgainstOne)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
 
 } // namespace

@@ -26,15 +26,61 @@ bool lowerY(const QPointF& a, const QPointF& b)
 
 using PointIterator = QList<QPointF>::const_iterator;
 
+/// The first point that does not lie before a place on the x axis. Starts where `x` would be among
+/// evenly spaced points and gallops from there (Bentley & Yao 1976,
+/// doi:10.1016/0020-0190(76)90071-5): chromatograms are nearly even, so that a few steps do.
+/// \param isBefore  true for the points up to that place, which is about `x`
+template <typename Predicate>
+PointIterator partitionPoint(const QList<QPointF>& points, double x, Predicate isBefore)
+{
+    const PointIterator begin = points.cbegin();
+    const PointIterator end = points.cend();
+    if (begin == end || !isBefore(*begin)) {
+        return begin;
+    }
+    if (isBefore(*(end - 1))) {
+        return end;
+    }
+    const double share = (x - begin->x()) / ((end - 1)->x() - begin->x());
+    const double guess = share >= 0.0 && share <= 1.0 ? share : 0.5;
+    const PointIterator middle =
+        begin + static_cast<qsizetype>(guess * static_cast<double>(end - begin - 1));
+    qsizetype step = 1;
+    if (isBefore(*middle)) {
+        PointIterator low = middle; // is before
+        while (end - low > step && isBefore(low[step])) {
+            low += step;
+            step *= 2;
+        }
+        return std::partition_point(low + 1, low + std::min(step, end - low), isBefore);
+    }
+    PointIterator high = middle; // is not
+    while (high - begin >= step && !isBefore(high[-step])) {
+        high -= step;
+        step *= 2;
+    }
+    return std::partition_point(high - std::min(step, high - begin), high, isBefore);
+}
+
+/// The first point with x not below a value.
+PointIterator lowerBound(const QList<QPointF>& points, double x)
+{
+    return partitionPoint(points, x, [x](const QPointF& point) { return point.x() < x; });
+}
+
+/// The first point with x above a value.
+PointIterator upperBound(const QList<QPointF>& points, double x)
+{
+    return partitionPoint(points, x, [x](const QPointF& point) { return !(x < point.x()); });
+}
+
 /// The points with start <= x <= end.
 std::pair<PointIterator, PointIterator> pointsInRange(const QList<QPointF>& points,
                                                       double start,
                                                       double end)
 {
-    const auto first =
-        std::lower_bound(points.cbegin(), points.cend(), QPointF(start, 0.0), lowerX);
-    const auto last = std::upper_bound(first, points.cend(), QPointF(end, 0.0), lowerX);
-    return {first, last};
+    const PointIterator first = lowerBound(points, start);
+    return {first, std::max(first, upperBound(points, end))};
 }
 
 /// y at `x` of the line through two points with a.x <= x <= b.x; of two points at one x the second
@@ -255,8 +301,7 @@ double PlotBase::evaluate(double x, int order, int beyond) const
     if (x > lastPoint.x()) {
         return beyond == 1 || MathUtils::nearlyEqual(x, lastPoint.x()) ? lastPoint.y() : 0.0;
     }
-    const auto right =
-        std::upper_bound(m_points.cbegin(), m_points.cend(), QPointF(x, 0.0), lowerX);
+    const auto right = upperBound(m_points, x);
     const auto left = right - 1;
     return order == 0 || right == m_points.cend() ? left->y() : interpolate(*left, *right, x);
 }

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <thread>
@@ -131,6 +133,44 @@ TEST(ChemicalFactoryTest, GivesTheEnvelopeThatAtomByAtomConvolutionGives)
                 << qPrintable(any.formula()) << " " << k;
         }
         EXPECT_NEAR(sumOf(envelope), 1.0, 1e-12) << qPrintable(any.formula());
+    }
+}
+
+// Computed by IsoSpec 2.2.1 (Lacki et al. 2020, doi:10.1021/acs.analchem.0c00959) from the same
+// abundances: every isotopologue by itself, its probability added to those of its mass number.
+TEST(ChemicalFactoryTest, GivesTheEnvelopesOfKnownPeptidesThatAnIndependentProgramGives)
+{
+    struct Row
+    {
+        const char* name;
+        const char* formula;
+        std::array<double, 8> shares;
+    };
+    const Row rows[] = {
+        {"angiotensin II",
+         "C50H71N13O12",
+         {0.536521, 0.322458, 0.108515, 0.026400, 0.005130, 0.000839, 0.000119, 0.000015}},
+        {"bradykinin",
+         "C50H73N15O11",
+         {0.533797, 0.324640, 0.109170, 0.026376, 0.005070, 0.000818, 0.000114, 0.000014}},
+        {"substance P",
+         "C63H98N18O13S",
+         {0.432718, 0.333742, 0.157962, 0.055510, 0.015561, 0.003631, 0.000726, 0.000127}},
+        {"Glu1-fibrinopeptide B",
+         "C66H95N19O26",
+         {0.425933, 0.342484, 0.158751, 0.053841, 0.014726, 0.003419, 0.000695, 0.000127}},
+        {"human insulin",
+         "C257H383N65O77S6",
+         {0.028969, 0.090901, 0.154524, 0.186474, 0.177738, 0.141610, 0.097660, 0.059683}},
+    };
+    for (const Row& row : rows) {
+        const QList<QPointF> envelope = envelopeOf(molecule(row.formula), 1);
+        ASSERT_GE(envelope.size(), 5) << row.name;
+        for (qsizetype k = 0; k < std::min<qsizetype>(envelope.size(), 8); ++k) {
+            // An envelope is cut where it covers 99.99 % and scaled to a sum of 1.
+            const double share = row.shares[static_cast<std::size_t>(k)];
+            EXPECT_NEAR(envelope[k].y(), share, 1e-4 * share + 1e-6) << row.name << " " << k;
+        }
     }
 }
 

@@ -1,5 +1,6 @@
 #include "tools/simulate/Simulator.h"
 
+#include "chemical_model/Residues.h"
 #include "common/stable/PhysicalConstants.h"
 #include "tests/support/Matchers.h"
 #include "tools/simulate/RetentionDrift.h"
@@ -190,8 +191,8 @@ TEST(SimulatorTest, NumbersScansAndFramesAsSourcesWantThem)
     const SimulatedRun frames = valueOf(simulateRun(mobile, 0));
     ASSERT_EQ(frames.scans.size(), 241 * 120);
     EXPECT_EQ(frames.scans[120].info.scanId, msreader::MsScanId(2, 1));
-    EXPECT_NEAR(frames.scans[0].info.mobility, 1.6, 1e-12);
-    EXPECT_NEAR(frames.scans[119].info.mobility, 0.6, 1e-12);
+    EXPECT_NEAR(frames.scans[0].info.mobility, 0.6, 1e-12);
+    EXPECT_NEAR(frames.scans[119].info.mobility, 1.6, 1e-12);
 
     for (const SimulatedRun* any : {&run, &frames}) {
         for (const InMemoryScan& scan : any->scans) {
@@ -249,6 +250,26 @@ TEST(SimulatorTest, ShiftsSamplesSmoothlyAndLeavesPeptidesOut)
     }
     // Of ions that at least one of three samples has: 3 * 0.7 / (1 - 0.3^3).
     EXPECT_NEAR(present / static_cast<double>(bySequence.size()), 2.158, 0.12);
+}
+
+TEST(SimulatorTest, FollowsPeptidesByIsomers)
+{
+    SimulationSettings settings = smallRun();
+    const auto alone = valueOf(drawPeptides(settings));
+    settings.isomerDistance = 1.5;
+    settings.endMinutes += 1.0; // what the isomers of the widest peaks need
+    const auto peptides = valueOf(drawPeptides(settings));
+    ASSERT_EQ(peptides.size(), 2 * alone.size());
+    for (std::size_t i = 0; i < alone.size(); ++i) {
+        const SimulatedPeptide& peptide = peptides[i];
+        const SimulatedPeptide& isomer = peptides[alone.size() + i];
+        EXPECT_EQ(peptide.sequence, alone[i].sequence) << "the others stay as they are";
+        EXPECT_NE(isomer.sequence, peptide.sequence);
+        EXPECT_NEAR(isomer.mass, chem::peptideMass(isomer.sequence), 1e-6);
+        const double width = peptide.shape.end(0.5) - peptide.shape.start(0.5);
+        EXPECT_NEAR(isomer.apexMinutes - peptide.apexMinutes, 1.5 * width, 1e-9);
+        EXPECT_EQ(isomer.area, peptide.area);
+    }
 }
 
 TEST(RetentionDriftTest, RisesAndStaysInsideItsLimit)

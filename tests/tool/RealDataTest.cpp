@@ -1,12 +1,16 @@
 // Published runs, where they are at hand: the folder named by ZEL_TEST_DATA, else the one beside
 // the repository.
 
+#include "common/stable/PhysicalConstants.h"
+#include "ms_feature/MsFeatureFinderSeg.h"
 #include "tests/support/Matchers.h"
 #include "tools/sources/MzmlDataSource.h"
+#include "tools/sources/TsvTable.h"
 
 #include <QFileInfo>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <ostream>
 
 namespace zel {
@@ -60,6 +64,25 @@ QString dataFolder()
     return qEnvironmentVariable("ZEL_TEST_DATA", QStringLiteral(ZEL_DEFAULT_TEST_DATA));
 }
 
+/// The identified ions of the yeast run, by hash.
+MsFeatureFinderBase::PsmsByHash yeastPsms(const QString& path)
+{
+    const auto table = valueOf(msreader::TsvTable::read(path));
+    MsFeatureFinderBase::PsmsByHash psms;
+    for (int row = 0; row < table.rowCount(); ++row) {
+        const double mass = valueOf(table.number(row, QStringLiteral("Peptide Monoisotopic Mass")));
+        PeptideSpectrumMatch psm;
+        psm.setSequence(table.text(row, QStringLiteral("Full Sequence")));
+        psm.setCharge(
+            static_cast<int>(valueOf(table.number(row, QStringLiteral("Precursor Charge")))));
+        psm.setCalcMz(ionMz(mass, psm.charge(), 0));
+        psm.setWtCalcMr(mass);
+        psm.setScanTimeMinutes(valueOf(table.number(row, QStringLiteral("Scan Retention Time"))));
+        psms[psm.peptideHash()].append(psm);
+    }
+    return psms;
+}
+
 class RealDataTest : public ::testing::TestWithParam<RealLevel>
 {};
 
@@ -91,6 +114,34 @@ TEST_P(RealDataTest, HoldsWhatItsPublisherCounted)
         peakCount += valueOf(source->scanData(MsQuery(id, PeakPickingFilter::Profile))).size();
     }
     EXPECT_EQ(peakCount, level.peakCount);
+}
+
+// 96.9 % of the 65 ions when this was written.
+TEST(RealFeaturesTest, HoldTheSpectrumMatchesOfTheirIons)
+{
+    const QString folder = dataFolder() + QStringLiteral("/lcms/velos_yeast");
+    if (!QFileInfo::exists(folder + QStringLiteral("_psms.tsv"))) {
+        GTEST_SKIP() << "no such file: " << folder.toStdString()
+                     << "_psms.tsv (set ZEL_TEST_DATA to the folder of real runs)";
+    }
+    auto psms = yeastPsms(folder + QStringLiteral("_psms.tsv"));
+    const auto source =
+        valueOf(msreader::MzmlDataSource::open(folder + QStringLiteral(".mzML.gz")));
+    const auto features =
+        valueOf(MsFeatureFinderSeg(MsFeatureFinderSettings())
+                    .constructXicWindow(
+                        XicWindowFactory(), PeakPickingFilter::Centroid, source.get(), &psms, {}));
+    const auto holdsAMatch = [](const std::optional<Ms1Feature>& feature) {
+        const Interval<double> span =
+            feature ? feature->timeInterval().interval() : Interval<double>();
+        const auto matches =
+            feature ? feature->peptideSpectrumMatches() : QList<PeptideSpectrumMatch>();
+        return std::ranges::any_of(matches, [span](const PeptideSpectrumMatch& psm) {
+            return psm.scanTimeMinutes() >= span.start && psm.scanTimeMinutes() <= span.end;
+        });
+    };
+    EXPECT_EQ(features.size(), 65);
+    EXPECT_GE(std::ranges::count_if(features, holdsAMatch), 62);
 }
 
 INSTANTIATE_TEST_SUITE_P(PublishedRuns, RealDataTest, ::testing::ValuesIn(kLevels));

@@ -1,45 +1,21 @@
 // Runs the tool as a user would: output, exit codes, error lines, and files that must not be left
 // behind.
 
-#include "tests/support/Runs.h"
-#include "tools/sources/MzmlWriter.h"
+#include "tests/tool/ZelTool.h"
 
-#include <QDir>
-#include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <gtest/gtest.h>
+#include "tests/support/Runs.h"
 
 #include <csignal>
 #include <ostream>
 
 namespace zel {
 
+using test::Outcome;
+using test::text;
+using test::zel;
+using ZelToolTest = test::ZelTool;
+
 namespace {
-
-struct Outcome
-{
-    int exitCode = -1;
-    QString output;
-    QString errors;
-};
-
-QString text(const char* latin1)
-{
-    return QString::fromLatin1(latin1);
-}
-
-Outcome zel(const QStringList& arguments)
-{
-    QProcess process;
-    process.start(text(ZEL_TOOL_PATH), arguments);
-    if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit) {
-        return {-1, {}, text("the tool did not end by itself")};
-    }
-    return {process.exitCode(),
-            QString::fromUtf8(process.readAllStandardOutput()),
-            QString::fromUtf8(process.readAllStandardError())};
-}
 
 QList<msreader::InMemoryScan> smallRun(int scanCount = 40)
 {
@@ -50,41 +26,6 @@ QList<msreader::InMemoryScan> smallRun(int scanCount = 40)
     }
     return scans;
 }
-
-class ZelToolTest : public ::testing::Test
-{
-protected:
-    QString path(const QString& name) const { return m_folder.filePath(name); }
-
-    QString write(const QString& name, const QByteArray& content) const
-    {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(content);
-        return path(name);
-    }
-
-    QByteArray read(const QString& name) const
-    {
-        QFile file(path(name));
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
-        return file.readAll();
-    }
-
-    QString writeRun(const QString& name, const QList<msreader::InMemoryScan>& scans) const
-    {
-        EXPECT_THAT(msreader::writeMzml(path(name), scans), test::IsOk());
-        return path(name);
-    }
-
-    /// The files that are there, hidden ones too.
-    QStringList files() const
-    {
-        return QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden);
-    }
-
-    QTemporaryDir m_folder;
-};
 
 } // namespace
 
@@ -124,6 +65,15 @@ TEST_F(ZelToolTest, WritesTheChromatogramsOfTheLibraryDigitForDigit)
     EXPECT_TRUE(read(text("out.html")).contains("<svg"));
 }
 
+TEST_F(ZelToolTest, WritesIntoWhatIsNoFileInsteadOfReplacingIt)
+{
+    const QString run = writeRun(text("run.mzML"), smallRun(3));
+    const Outcome outcome =
+        zel({text("xic"), run, text("--mz"), text("400"), text("-o"), text("/dev/stdout")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+    EXPECT_EQ(outcome.output.count(QLatin1Char('\n')), 4);
+}
+
 TEST_F(ZelToolTest, TellsWhatARunHolds)
 {
     const QString run = writeRun(text("run.mzML"), smallRun());
@@ -154,6 +104,19 @@ TEST_F(ZelToolTest, SimulatesRunsThatItCanRead)
     const Outcome info = zel({text("info"), path(text("s_1.mzML")), path(text("s_2.mzML"))});
     EXPECT_EQ(info.exitCode, 0) << info.errors.toStdString();
     EXPECT_EQ(info.output.count(text("MS1: 241 spectra")), 2) << info.output.toStdString();
+}
+
+TEST_F(ZelToolTest, SimulatesMobilityRunsThatItCanRead)
+{
+    const QString run = path(text("m.mzML"));
+    const QStringList call = {text("simulate"), text("-o"), run, text("--minutes"), text("4")};
+    const QStringList small = {text("--drift"), text("0.1"), text("--peptides"), text("5")};
+    const Outcome simulated =
+        zel(call + small + QStringList{text("--mobility-scans"), text("150")});
+    ASSERT_EQ(simulated.exitCode, 0) << simulated.errors.toStdString();
+    const Outcome info = zel({text("info"), run});
+    EXPECT_TRUE(info.output.contains(text("241 spectra"))) << info.output.toStdString();
+    EXPECT_TRUE(info.output.contains(text("mobility 0.6"))) << info.output.toStdString();
 }
 
 namespace {
@@ -223,6 +186,12 @@ const BadCall kBadCalls[] = {
      [](const QString& run, const QString&) { return xic(run, {text("--mz=-5")}); },
      2,
      "--mz"},
+    {"NotANumber",
+     [](const QString& run, const QString&) {
+         return xic(run, {text("--mz"), text("500"), text("--ppm"), text("nan")});
+     },
+     2,
+     "--ppm: nan is not a finite number"},
     {"MissingRun", onBadRun, 1, "bad"},
     {"EmptyRun", onBadRun, 1, "bad", "bad", ""},
     {"TextInsteadOfARun", onBadRun, 1, "bad", "bad", "this is no mzML file\n"},
@@ -247,7 +216,7 @@ const BadCall kBadCalls[] = {
      1,
      "none/out.tsv"},
     {"MissingWindows", withWindows, 1, "w.tsv"},
-    {"EmptyWindows", withWindows, 1, "no header", "w.tsv", ""},
+    {"EmptyWindows", withWindows, 1, "w.tsv is empty", "w.tsv", ""},
     {"WindowsWithoutColumns", withWindows, 1, "columns name", "w.tsv", "name\tmass\na\t5\n"},
     {"WordForANumber",
      withWindows,

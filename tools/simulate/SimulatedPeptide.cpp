@@ -5,8 +5,11 @@
 #include "tools/simulate/PeptideSampling.h"
 #include "tools/simulate/RandomStream.h"
 
+#include <QSet>
+
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace zel::simulate {
 
@@ -21,6 +24,11 @@ struct Margins
     double behind; ///< minutes
 };
 
+double widthAtHalfHeight(const EmgPeak& shape)
+{
+    return shape.end(0.5) - shape.start(0.5);
+}
+
 Margins marginsOf(const SimulationSettings& settings)
 {
     // The random numbers behind width and jitter end at three standard deviations. A Gaussian has
@@ -29,7 +37,9 @@ Margins marginsOf(const SimulationSettings& settings)
     const double shift =
         settings.driftMinutes + 3.0 * settings.retentionJitterSeconds / kSecondsPerMinute;
     const double before = shift + 5.5 * settings.peakSigmaSeconds * widest;
-    return {before, before + 14.0 * settings.peakTailSeconds * widest};
+    const EmgPeak shape(settings.peakSigmaSeconds * widest, settings.peakTailSeconds * widest);
+    const double isomer = settings.isomerDistance * widthAtHalfHeight(shape);
+    return {before, before + 14.0 * settings.peakTailSeconds * widest + isomer};
 }
 
 /// How the signal of a peptide is shared between its charge states: a Gaussian around one charge
@@ -130,6 +140,40 @@ Result<SimulatedPeptide> drawPeptide(const QString& sequence,
     return peptide;
 }
 
+/// The isomer of a peptide: two neighbours before the last residue change places, the first two
+/// that differ and give a sequence that is not taken.
+std::optional<SimulatedPeptide> isomerOf(const SimulatedPeptide& peptide,
+                                         double distance,
+                                         QSet<QString>& taken)
+{
+    for (qsizetype i = 0; i + 2 < peptide.sequence.size(); ++i) {
+        SimulatedPeptide isomer = peptide;
+        isomer.sequence[i] = peptide.sequence[i + 1];
+        isomer.sequence[i + 1] = peptide.sequence[i];
+        if (!taken.contains(isomer.sequence)) {
+            taken.insert(isomer.sequence);
+            isomer.apexMinutes += distance * widthAtHalfHeight(peptide.shape);
+            return isomer;
+        }
+    }
+    return std::nullopt;
+}
+
+/// Appends the isomers, so that the peptides keep their numbers.
+void addIsomers(const SimulationSettings& settings, std::vector<SimulatedPeptide>& peptides)
+{
+    QSet<QString> taken;
+    for (const SimulatedPeptide& peptide : peptides) {
+        taken.insert(peptide.sequence);
+    }
+    const std::size_t count = peptides.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        if (auto isomer = isomerOf(peptides[i], settings.isomerDistance, taken)) {
+            peptides.push_back(std::move(*isomer));
+        }
+    }
+}
+
 } // namespace
 
 double typicalMobility(double mass, int charge)
@@ -163,6 +207,9 @@ Result<std::vector<SimulatedPeptide>> drawPeptides(const SimulationSettings& set
         RandomStream random(settings.seed, {RandomStream::Peptides, static_cast<std::uint64_t>(i)});
         ZEL_ASSIGN_OR_RETURN(SimulatedPeptide peptide, drawPeptide(sequences[i], settings, random));
         peptides.push_back(std::move(peptide));
+    }
+    if (settings.isomerDistance > 0.0) {
+        addIsomers(settings, peptides);
     }
     return peptides;
 }

@@ -69,6 +69,7 @@ Error SimulationSettings::check() const
          static_cast<double>(maxPeptideLength),
          static_cast<double>(minPeptideLength),
          1000},
+        {"isomerDistance", isomerDistance, 0, 100},
         {"minCharge", static_cast<double>(minCharge), 1, 100},
         {"maxCharge", static_cast<double>(maxCharge), static_cast<double>(minCharge), 100},
         {"mzStart", mzStart, 1, 1e5},

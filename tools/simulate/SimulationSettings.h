@@ -34,6 +34,9 @@ struct SimulationSettings
     int missedCleavages = 1;
     int minPeptideLength = 7;
     int maxPeptideLength = 30;
+    /// How much later an isomer of each peptide elutes, in widths at half height; 0: there are no
+    /// isomers. An isomer has the same amount, up to what differs between samples.
+    double isomerDistance = 0.0;
 
     // Ions. A peptide is seen in the charge states that get at least 5 % of its signal and whose
     // isotopes all lie in the m/z range.
@@ -75,9 +78,10 @@ struct SimulationSettings
 
     /// Mobility scans in a frame; 0: no mobility, a frame is one scan.
     int mobilityScanCount = 0;
-    /// Mobility 1/K0 of the first and of the last scan of a frame, V s/cm2; may fall or rise.
-    double firstMobility = 1.6;
-    double lastMobility = 0.6;
+    /// Mobility 1/K0 of the first and of the last scan of a frame, V s/cm2; may fall or rise, but
+    /// only runs whose mobility rises can be written as files.
+    double firstMobility = 0.6;
+    double lastMobility = 1.6;
     /// Standard deviation of a mobility peak, V s/cm2; at least the step between two scans.
     double mobilitySigma = 0.01;
 

@@ -3,6 +3,7 @@
 #include <QFile>
 
 #include <functional>
+#include <istream>
 #include <memory>
 #include <span>
 #include <streambuf>
@@ -41,6 +42,21 @@ private:
     Filter m_filter;
     std::vector<char> m_bytes;
     qint64 m_start = 0; ///< position in the file of the first byte of the get area
+};
+
+/// The same as a stream, of the kind that libpwiz reads.
+class FilteredFileStream : public std::istream
+{
+public:
+    FilteredFileStream(std::unique_ptr<QFile> file, FilteredFileBuffer::Filter filter)
+        : std::istream(nullptr)
+        , m_buffer(std::move(file), std::move(filter))
+    {
+        rdbuf(&m_buffer);
+    }
+
+private:
+    FilteredFileBuffer m_buffer;
 };
 
 } // namespace zel::msreader

@@ -13,7 +13,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <istream>
 #include <limits>
 #include <string>
 
@@ -28,21 +27,6 @@ namespace cv = pwiz::cv;
 /// that.
 constexpr qint64 kHeadSize = 1 << 16;
 constexpr qint64 kTailSize = 1 << 12;
-
-/// The file as the kind of stream that libpwiz reads.
-class FilteredStream : public std::istream
-{
-public:
-    explicit FilteredStream(std::unique_ptr<QFile> file)
-        : std::istream(nullptr)
-        , m_buffer(std::move(file), AccessionAdapter())
-    {
-        rdbuf(&m_buffer);
-    }
-
-private:
-    FilteredFileBuffer m_buffer;
-};
 
 enum class Format { Unknown, MzMl, IndexedMzMl, MzXml };
 
@@ -262,7 +246,8 @@ Result<std::unique_ptr<SpectrumFile>> SpectrumFile::open(const QString& path)
 
     pw::MSData& data = opened->d->data;
     const QString fault = faultOf([&data, &file, &root] {
-        const boost::shared_ptr<std::istream> stream(new FilteredStream(std::move(file)));
+        const boost::shared_ptr<std::istream> stream(
+            new FilteredFileStream(std::move(file), AccessionAdapter()));
         if (root.format == Format::MzXml) {
             pw::Serializer_mzXML().read(stream, data);
         } else {

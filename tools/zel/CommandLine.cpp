@@ -47,7 +47,14 @@ CLI::Validator timeRangeValidator()
 
 CLI::Validator mzRangeValidator()
 {
-    return rangeValidator("m/z");
+    const CLI::Validator isPositive(
+        [](std::string& text) {
+            return splitRange(text)->end > 0.0
+                       ? std::string()
+                       : "the range of m/z " + text + " holds no m/z above 0";
+        },
+        "");
+    return rangeValidator("m/z") & isPositive;
 }
 
 Interval<double> parseMzRange(const std::string& text)

@@ -22,6 +22,7 @@ struct SimulateOptions
     std::string output;
     std::string truth;
     bool profile = false;
+    bool timeOfFlight = false;
     bool noNoise = false;
     bool mobilityScansApart = false;
 };
@@ -53,6 +54,8 @@ SimulationSettings settingsOf(const SimulateOptions& options)
     settings.fastaPath = QString::fromStdString(options.fasta);
     settings.scanKind = options.profile ? msreader::PeakPickingFilter::Profile
                                         : msreader::PeakPickingFilter::Centroid;
+    settings.resolutionModel = options.timeOfFlight ? simulate::ResolutionModel::TimeOfFlight
+                                                    : simulate::ResolutionModel::Orbitrap;
     return settings;
 }
 
@@ -60,6 +63,10 @@ Error run(const SimulateOptions& options, const CommandContext& context)
 {
     Error e;
     const SimulationSettings settings = settingsOf(options);
+    if (settings.mobilityScanCount > 0 && settings.firstMobility >= settings.lastMobility) {
+        ZEL_RETURN_ERROR(kBadParameterError,
+                         QStringLiteral("The mobility must rise from the first scan to the last"));
+    }
     const QString output = QString::fromStdString(options.output);
     msreader::MzmlWriterOptions writer;
     writer.frames = options.mobilityScansApart ? msreader::MzmlWriterOptions::Frames::ScanByScan
@@ -97,6 +104,12 @@ void addPeptideOptions(CLI::App& command, SimulateOptions& options)
         "--fasta", options.fasta, "Proteins to digest; random tryptic peptides if not given");
     command.add_option("--peptides", settings.peptideCount, "Number of peptides")
         ->capture_default_str();
+    command
+        .add_option("--isomers-apart",
+                    settings.isomerDistance,
+                    "How much later an isomer of each peptide elutes, in widths at half height; "
+                    "0: none does")
+        ->capture_default_str();
     command.add_option("--max-charge", settings.maxCharge, "Highest charge")->capture_default_str();
     command
         .add_option(
@@ -114,26 +127,77 @@ void addRunOptions(CLI::App& command, SimulateOptions& options)
             "--scan-interval", settings.scanIntervalSeconds, "Time between MS1 scans, seconds")
         ->capture_default_str();
     command
+        .add_option("--peak-sigma",
+                    settings.peakSigmaSeconds,
+                    "Standard deviation of a median peak without its tail, seconds")
+        ->capture_default_str();
+    command
+        .add_option("--peak-tail", settings.peakTailSeconds, "Time constant of its tail, seconds")
+        ->capture_default_str();
+    command
         .add_option(
             "--drift", settings.driftMinutes, "Greatest retention shift between samples, minutes")
         ->capture_default_str();
-    command.add_flag("--profile", options.profile, "Write profile spectra instead of centroids");
-    command.add_option("--resolving-power", settings.resolvingPower, "Resolving power at m/z 200")
-        ->capture_default_str();
+}
+
+void addMobilityOptions(CLI::App& command, SimulateOptions& options)
+{
+    SimulationSettings& settings = options.settings;
     command
         .add_option("--mobility-scans",
                     settings.mobilityScanCount,
                     "Mobility scans of a frame; 0: no mobility")
         ->capture_default_str();
+    command
+        .add_option(
+            "--mobility-start", settings.firstMobility, "Mobility of the first, 1/K0, V s/cm2")
+        ->capture_default_str();
+    command.add_option("--mobility-end", settings.lastMobility, "Mobility of the last, above that")
+        ->capture_default_str();
+    command
+        .add_option("--mobility-sigma",
+                    settings.mobilitySigma,
+                    "Standard deviation of a mobility peak, at least the step between two scans")
+        ->capture_default_str();
     command.add_flag("--mobility-scans-apart",
                      options.mobilityScansApart,
                      "Write one spectrum for each mobility scan, not one for each frame");
+}
+
+void addInstrumentOptions(CLI::App& command, SimulateOptions& options)
+{
+    SimulationSettings& settings = options.settings;
+    command.add_flag("--profile", options.profile, "Write profile spectra instead of centroids");
+    command.add_option("--resolving-power", settings.resolvingPower, "Resolving power at m/z 200")
+        ->capture_default_str();
+    command.add_flag("--time-of-flight",
+                     options.timeOfFlight,
+                     "Resolving power is the same at all m/z; else it falls as of an Orbitrap");
+    command
+        .add_option("--min-intensity", settings.minIntensity, "Lowest intensity that is recorded")
+        ->capture_default_str();
+}
+
+void addNoiseOptions(CLI::App& command, SimulateOptions& options)
+{
+    SimulationSettings& settings = options.settings;
+    command
+        .add_option("--mz-noise", settings.mzNoisePpm, "Standard deviation of m/z in a scan, ppm")
+        ->capture_default_str();
     command
         .add_option("--background", settings.backgroundIonCount, "Ions that are there all the time")
         ->capture_default_str();
     command
-        .add_option(
-            "--stray-peaks", settings.strayPeakCount, "Mean number of stray peaks of a scan")
+        .add_option("--background-intensity",
+                    settings.backgroundIonIntensity,
+                    "Their median intensity in a scan or frame")
+        ->capture_default_str();
+    command
+        .add_option("--stray-peaks",
+                    settings.strayPeakCount,
+                    "Mean number of stray peaks of a scan or frame")
+        ->capture_default_str();
+    command.add_option("--stray-intensity", settings.strayPeakIntensity, "Their mean intensity")
         ->capture_default_str();
     command.add_flag("--no-noise", options.noNoise, "Leave out all noise and background");
 }
@@ -155,6 +219,9 @@ void addSimulateCommand(CLI::App& tool, CommandAction& chosen)
                         "Table of what the runs hold (TSV); NAME.truth.tsv if not given");
     addPeptideOptions(*command, *options);
     addRunOptions(*command, *options);
+    addMobilityOptions(*command, *options);
+    addInstrumentOptions(*command, *options);
+    addNoiseOptions(*command, *options);
     command->callback([options, &chosen] {
         chosen = [options](const CommandContext& context) { return run(*options, context); };
     });

@@ -203,6 +203,7 @@ void addIsotopeOptions(CLI::App& command, XicOptions& options)
                     options.isotopeShare,
                     "Isotopes are taken until their shares exceed this")
         ->capture_default_str()
+        ->check(CLI::Range(0.0, 1.0))
         ->needs(isotopes);
     command.add_flag("--deamidated", options.deamidated, "--mass is that of the deamidated form")
         ->needs(isotopes);

@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <numeric>
+#include <utility>
 
 namespace zel::tool {
 
@@ -75,6 +76,9 @@ Result<std::unique_ptr<TurboXic>> indexWithCache(
     // The file there belongs to other data, or the folder cannot be written: the work goes on
     // without it.
     *what = QStringLiteral("could not use %1, built the index in memory").arg(cachePath);
+    if (index->isInitialized() && index->dataFingerprint() == fingerprint) {
+        return index; // built, but not saved
+    }
     index = std::make_unique<TurboXic>(settings);
     ZEL_RETURN_IF_ERROR(index->init(source, fingerprint, progress));
     return index;
@@ -83,19 +87,22 @@ Result<std::unique_ptr<TurboXic>> indexWithCache(
 /// The sum of the chromatograms of a target's boxes over the union of their times.
 Result<QList<QPointF>> retrieveTarget(const TurboXic& index, const XicTarget& target)
 {
-    std::map<double, double> sums;
+    // Scans of one time stay apart: the second number counts them.
+    std::map<std::pair<double, int>, double> sums;
     for (const XicDimensions& box : target.members) {
         ZEL_ASSIGN_OR_RETURN(const QList<QPointF> xic, index.retrieveXic(box));
         if (target.members.size() == 1) {
             return xic;
         }
-        for (const QPointF& point : xic) {
-            sums[point.x()] += point.y();
+        int ofSameTime = 0;
+        for (qsizetype i = 0; i < xic.size(); ++i) {
+            ofSameTime = i > 0 && xic[i].x() == xic[i - 1].x() ? ofSameTime + 1 : 0;
+            sums[{xic[i].x(), ofSameTime}] += xic[i].y();
         }
     }
     QList<QPointF> merged;
-    for (const auto& [time, sum] : sums) {
-        merged.append(QPointF(time, sum));
+    for (const auto& [scan, sum] : sums) {
+        merged.append(QPointF(scan.first, sum));
     }
     return merged;
 }
@@ -134,6 +141,12 @@ Result<QList<NamedXic>> extractFromIndex(const QList<XicTarget>& targets,
     progress->setText(QStringLiteral("Building the index"));
     ZEL_ASSIGN_OR_RETURN(const auto index,
                          indexWithCache(settings, cacheDirectory, source, progress, what));
+    if (!index->isValid()) {
+        ZEL_RETURN_ERROR(
+            kBadParameterError,
+            QStringLiteral("%1: an index needs at least two MS1 scans; leave out --turbo")
+                .arg(source->dataSourceInformation().filePath));
+    }
     QList<NamedXic> named;
     for (const XicTarget& target : targets) {
         ZEL_ASSIGN_OR_RETURN(const QList<QPointF> xic, retrieveTarget(*index, target));

@@ -1,12 +1,14 @@
 #include "tools/zel/XicWindows.h"
 
-#include "tools/zel/TsvTable.h"
+#include "tools/sources/TsvTable.h"
 
 #include <QHash>
 
 #include <limits>
 
 namespace zel::tool {
+
+using msreader::TsvTable;
 
 namespace {
 

@@ -7,7 +7,7 @@
 
 #include <QMap>
 
-#include <limits>
+#include <algorithm>
 #include <memory>
 
 namespace zel::tool {
@@ -61,7 +61,18 @@ Result<Frame> readFrame(msreader::MsDataSourceInterface* source, long long d1)
     return frame;
 }
 
-/// The mobilogram over all scans of the frame.
+/// The highest m/z of a frame's peaks; 0 without any.
+double highestMz(const Frame& frame)
+{
+    double highest = 0.0;
+    for (const QList<QPointF>& points : frame.scans) {
+        highest = std::max(highest, points.isEmpty() ? 0.0 : points.constLast().x());
+    }
+    return highest;
+}
+
+/// The mobilogram over all scans of the frame. A range beyond the highest peak is cut there; one
+/// that lies wholly behind it gives zeros.
 Result<QList<QPointF>> mobilogram(const Frame& frame, const Interval<double>& mz)
 {
     Error e;
@@ -74,10 +85,19 @@ Result<QList<QPointF>> mobilogram(const Frame& frame, const Interval<double>& mz
     // last makes room.
     QMap<int, QList<QPointF>> scans = frame.scans;
     scans.insert(frame.scans.lastKey() + 1, {});
+    const double highest = highestMz(frame);
+    if (mz.start > highest) {
+        QList<QPointF> zeros;
+        for (int scan = frame.scans.firstKey(); scan <= frame.scans.lastKey(); ++scan) {
+            zeros.append(QPointF(scan, 0.0));
+        }
+        return zeros;
+    }
     TurboXim index(settings);
     ZEL_RETURN_IF_ERROR(index.init(scans));
     ZEL_ASSIGN_OR_RETURN(QList<QPointF> xim,
-                         index.retrieveXim(mz, {frame.scans.firstKey(), scans.lastKey()}));
+                         index.retrieveXim({mz.start, std::min(mz.end, highest)},
+                                           {frame.scans.firstKey(), scans.lastKey()}));
     return xim;
 }
 

@@ -20,6 +20,13 @@ public:
     /// Appends a member; always succeeds.
     virtual Error pushBackChargeFeature(const ChargeFeature& feature);
 
+    MasterFeature() = default;
+    MasterFeature(const MasterFeature&) = default;
+    MasterFeature(MasterFeature&&) = default;
+    MasterFeature& operator=(const MasterFeature&) = default;
+    MasterFeature& operator=(MasterFeature&&) = default;
+    virtual ~MasterFeature() = default;
+
     void setChargeFeatures(const QList<ChargeFeature>& features) { m_features = features; }
     void clearChargeFeatures() { m_features.clear(); }
 

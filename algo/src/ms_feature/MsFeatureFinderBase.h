@@ -85,6 +85,9 @@ protected:
         const PlotBase& plot, QList<QPointF>* out, int sampleCount, double start, double end);
 
 private:
+    friend class XicIntegrator;   // asks findFeature without a run
+    friend class Ms1FeatureAlign; // runs findFeature on the sum of several XICs
+
     using TimeSet = math::ClosedMultiInterval<double, 6>;
 
     void setReferencePsms(const QList<PeptideSpectrumMatch>& psms);

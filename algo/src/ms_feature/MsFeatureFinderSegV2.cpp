@@ -41,7 +41,7 @@ QList<QPointF> smoothed(const QList<QPointF>& curve, const std::vector<double>& 
 MsFeatureFinderSegV2::MsFeatureFinderSegV2(const MsFeatureFinderSettings& settings,
                                            const std::optional<double>& kernelFilterWidth,
                                            bool mergeBeforeScoring)
-    : MsFeatureFinderBase(settings)
+    : MsFeatureFinderSegBase(settings)
     , m_kernelFilterWidth(kernelFilterWidth.value_or(kDefaultFilterWidth))
     , m_mergeBeforeScoring(mergeBeforeScoring)
 {}
@@ -59,29 +59,24 @@ Result<std::optional<Ms1Feature>> MsFeatureFinderSegV2::findFeature(
     if (candidates.empty()) {
         return std::optional<Ms1Feature>();
     }
-    std::vector<Feature> large;
-    ZEL_RETURN_IF_ERROR(filterFeaturesByAUC(candidates, &large));
-    for (Feature& feature : large) {
-        ZEL_RETURN_IF_ERROR(tightenFeature(xic, &feature));
-    }
-    segmentation::removeOverlaps(xic, &large);
+    ZEL_RETURN_IF_ERROR(cleanFeatures(xic, &candidates));
     const auto merge = [this, &xic](std::vector<Feature>* features) {
         return mergeContiguousFeatures(
             xic, settings().adaptiveMergeIntensityRatio, settings().adaptiveMinSkew, features);
     };
     if (m_mergeBeforeScoring) {
-        ZEL_RETURN_IF_ERROR(merge(&large));
+        ZEL_RETURN_IF_ERROR(merge(&candidates));
     }
-    ZEL_RETURN_IF_ERROR(distributePSMToFeatures(psms, &large));
+    ZEL_RETURN_IF_ERROR(distributePSMToFeatures(psms, &candidates));
     std::vector<Feature> features;
-    ZEL_RETURN_IF_ERROR(filterFeaturesByScore(large, &features));
+    ZEL_RETURN_IF_ERROR(filterFeaturesByScore(candidates, &features));
     if (!m_mergeBeforeScoring) {
         std::vector<Feature> near;
         ZEL_RETURN_IF_ERROR(filterFeaturesByDistance(features, &near));
         ZEL_RETURN_IF_ERROR(merge(&near));
         features = std::move(near);
     }
-    return std::optional<Ms1Feature>(segmentation::assembleFeature(features, xic));
+    return std::optional<Ms1Feature>(assembleFeature(psms, xic, smoothed, extremes, features));
 }
 
 Error MsFeatureFinderSegV2::findFeaturesBeforeFilters(const PlotBase& xic,
@@ -90,12 +85,9 @@ Error MsFeatureFinderSegV2::findFeaturesBeforeFilters(const PlotBase& xic,
                                                       std::vector<Feature>* features) const
 {
     Error e;
-    constexpr double wholePlot = -1.0;
     const double rate =
         segmentation::limitedRate(settings().adaptiveSamplesPerMinute, kMaxSamplesPerMinute);
-    ZEL_ASSIGN_OR_RETURN(const int sampleCount, segmentation::gridSampleCount(xic, rate));
-    QList<QPointF> resampled;
-    ZEL_RETURN_IF_ERROR(resamplePlot(xic, &resampled, sampleCount, wholePlot, wholePlot));
+    ZEL_ASSIGN_OR_RETURN(const QList<QPointF> resampled, onGrid(xic, rate));
     const bool hasWidth = std::abs(m_kernelFilterWidth) > kFillerHeight;
     const double sigmaMinutes =
         hasWidth ? m_kernelFilterWidth / kFilterWidthPerSigma : settings().adaptiveSmoothingStDev;
@@ -138,55 +130,6 @@ Error MsFeatureFinderSegV2::extractFeatures(const PlotBase& plot,
 {
     Error e;
     ZEL_RETURN_IF_ERROR(segmentation::cutFeatures(plot, extremes, kFillerHeight, features));
-    return e;
-}
-
-Error MsFeatureFinderSegV2::filterFeaturesByAUC(const std::vector<Feature>& in,
-                                                std::vector<Feature>* out) const
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(
-        segmentation::filterByShare(in, &Feature::auc, settings().adaptiveAucNegligibleRatio, out));
-    return e;
-}
-
-Error MsFeatureFinderSegV2::filterFeaturesByScore(const std::vector<Feature>& in,
-                                                  std::vector<Feature>* out) const
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(segmentation::filterByShare(
-        in, &Feature::score, settings().adaptiveScoreNegligibleRatio, out));
-    return e;
-}
-
-Error MsFeatureFinderSegV2::filterFeaturesByDistance(const std::vector<Feature>& in,
-                                                     std::vector<Feature>* out) const
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(
-        segmentation::filterByDistance(in, settings().xicTimeWindowToExtract(), out));
-    return e;
-}
-
-Error MsFeatureFinderSegV2::tightenFeature(const PlotBase& plot, Feature* feature) const
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(
-        segmentation::tightenFeature(plot, settings().adaptiveTightenNegligibleRatio, feature));
-    return e;
-}
-
-Error MsFeatureFinderSegV2::distributePSMToFeatures(const QList<PeptideSpectrumMatch>& psms,
-                                                    std::vector<Feature>* features)
-{
-    segmentation::distributePsms(psms, features);
-    return kNoError;
-}
-
-Error MsFeatureFinderSegV2::nearestPointIndex(const PlotBase& plot, double time, int* index)
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(segmentation::nearestPointIndex(plot, time, index));
     return e;
 }
 

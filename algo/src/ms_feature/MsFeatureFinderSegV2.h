@@ -16,7 +16,7 @@ namespace zel {
 ///   (`mergeBeforeScoring`; the distance filter does not run then) or at the end.
 ///
 /// Also keeps the last kernel: one object serves one thread at a time.
-class ZEL_EXPORT MsFeatureFinderSegV2 : public MsFeatureFinderBase
+class ZEL_EXPORT MsFeatureFinderSegV2 : public MsFeatureFinderSegBase
 {
 public:
     /// \param kernelFilterWidth   full width of the smoothing filter, minutes; 0.2 without a value.
@@ -38,24 +38,15 @@ protected:
     Error findFeaturesBeforeFilters(const PlotBase& xic,
                                     QList<QPointF>* smoothed,
                                     QList<QPointF>* extremes,
-                                    std::vector<MsFeatureFinderSeg::Feature>* features) const;
+                                    std::vector<Feature>* features) const;
 
 private:
-    using Feature = MsFeatureFinderSeg::Feature;
-
     Error getConvolutionKernel(double sigma, std::vector<double>* kernel) const;
     Error extremeSegmentation(const QList<QPointF>& smoothed, QList<QPointF>* extremes) const;
     static Error adjustExtremes(const PlotBase& plot, QList<QPointF>* extremes);
     Error extractFeatures(const PlotBase& plot,
                           const QList<QPointF>& extremes,
                           std::vector<Feature>* features) const;
-    Error filterFeaturesByAUC(const std::vector<Feature>& in, std::vector<Feature>* out) const;
-    Error filterFeaturesByScore(const std::vector<Feature>& in, std::vector<Feature>* out) const;
-    Error filterFeaturesByDistance(const std::vector<Feature>& in, std::vector<Feature>* out) const;
-    Error tightenFeature(const PlotBase& plot, Feature* feature) const;
-    static Error distributePSMToFeatures(const QList<PeptideSpectrumMatch>& psms,
-                                         std::vector<Feature>* features);
-    static Error nearestPointIndex(const PlotBase& plot, double time, int* index);
     static Error mergeContiguousFeatures(const PlotBase& plot,
                                          double intensityRatio,
                                          double minSkew,

@@ -6,7 +6,7 @@
 
 namespace zel {
 
-const QString MsFeatureFinderSettings::adaptiveHtmlDumpFilenameDefault = QLatin1String("");
+constinit const QString MsFeatureFinderSettings::adaptiveHtmlDumpFilenameDefault;
 
 MsFeatureFinderSettings::MsFeatureFinderSettings() = default;
 

@@ -181,7 +181,7 @@ void moveExtremesTo(const PlotBase& plot, double fillerHeight, QList<QPointF>* e
 Error cutFeatures(const PlotBase& plot,
                   const QList<QPointF>& extremes,
                   double fillerHeight,
-                  std::vector<MsFeatureFinderSeg::Feature>* features)
+                  std::vector<MsFeatureFinderSegBase::Feature>* features)
 {
     Error e;
     features->clear();

@@ -2,7 +2,7 @@
 
 #include "common/stable/Error.h"
 #include "common/stable/PlotBase.h"
-#include "ms_feature/MsFeatureFinderSeg.h"
+#include "ms_feature/MsFeatureFinderSegBase.h"
 
 #include <QList>
 #include <QPointF>
@@ -52,6 +52,6 @@ void moveExtremesTo(const PlotBase& plot, double fillerHeight, QList<QPointF>* e
 Error cutFeatures(const PlotBase& plot,
                   const QList<QPointF>& extremes,
                   double fillerHeight,
-                  std::vector<MsFeatureFinderSeg::Feature>* features);
+                  std::vector<MsFeatureFinderSegBase::Feature>* features);
 
 } // namespace zel::segmentation

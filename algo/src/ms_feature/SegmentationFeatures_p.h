@@ -2,13 +2,13 @@
 
 #include "common/stable/Error.h"
 #include "common/stable/PlotBase.h"
-#include "ms_feature/MsFeatureFinderSeg.h"
+#include "ms_feature/MsFeatureFinderSegBase.h"
 
 #include <vector>
 
 namespace zel::segmentation {
 
-using Feature = MsFeatureFinderSeg::Feature;
+using Feature = MsFeatureFinderSegBase::Feature;
 
 /// Keeps the candidates whose value is not 0 (beyond 1e-12) and not below `ratio` times the
 /// greatest one. A single candidate stays as it is. `out` is cleared first.

@@ -1,12 +1,31 @@
+#include "common/core_mini/src/algo/StoredEntries.h"
 #include "turbo/MzDirectory_p.h"
 
 #include <algorithm>
+#include <limits>
+#include <span>
+#include <utility>
 
 namespace zel {
 
 namespace {
 
 constexpr Eigen::Index kEntriesPerRange = 16;
+
+/// The first and the last row that hold an entry; at least one does. Rows ascend in each column.
+std::pair<int, int> rowLimits(const Eigen::SparseMatrix<double>& matrix)
+{
+    int lowest = std::numeric_limits<int>::max();
+    int highest = 0;
+    for (Eigen::Index column = 0; column < matrix.cols(); ++column) {
+        const std::span<const int> rows = storedEntries(matrix, column).indices;
+        if (!rows.empty()) {
+            lowest = std::min(lowest, rows.front());
+            highest = std::max(highest, rows.back());
+        }
+    }
+    return {lowest, highest};
+}
 
 } // namespace
 
@@ -16,13 +35,13 @@ MzDirectory::MzDirectory(const Eigen::SparseMatrix<double>& matrix)
     const int* const rows = matrix.innerIndexPtr();
     const int* const outer = matrix.outerIndexPtr();
     if (matrix.nonZeros() > 0) {
-        const auto [lowest, highest] = std::minmax_element(rows, rows + matrix.nonZeros());
+        const auto [lowest, highest] = rowLimits(matrix);
         const Eigen::Index wantedRanges = matrix.nonZeros() / matrix.cols() / kEntriesPerRange + 1;
-        m_firstRow = *lowest;
-        while ((static_cast<Eigen::Index>(*highest - *lowest) >> m_shift) >= wantedRanges) {
+        m_firstRow = lowest;
+        while ((static_cast<Eigen::Index>(highest - lowest) >> m_shift) >= wantedRanges) {
             ++m_shift;
         }
-        m_rangeCount = rangeOf(*highest) + 1;
+        m_rangeCount = rangeOf(highest) + 1;
     }
     m_starts.resize(static_cast<std::size_t>((m_rangeCount + 1) * m_columnCount));
     for (Eigen::Index column = 0; column < matrix.cols(); ++column) {

@@ -11,9 +11,9 @@ namespace {
 
 constexpr Eigen::Index kMaxEntryCount = std::numeric_limits<int>::max();
 
-/// How many entries are reserved in advance at most, 768 MiB of address space: a limit on the peaks
+/// How many entries are reserved in advance at most, 1.5 GiB of address space: a limit on the peaks
 /// of a scan that is meant as none must not ask for more memory than there is.
-constexpr Eigen::Index kMaxReservedCount = Eigen::Index{1} << 26;
+constexpr Eigen::Index kMaxReservedCount = Eigen::Index{1} << 27;
 
 /// What part of the room may stay unused, as giving it back means a copy of all entries.
 constexpr Eigen::Index kUnusedPart = 16;

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace zel {
 
@@ -27,9 +28,10 @@ bool sameEntries(const StoredEntries& a, const StoredEntries& b)
 
 void TurboXic::Private::setContent(Eigen::SparseMatrix<double>&& matrix, Eigen::VectorXd&& times)
 {
+    MzDirectory directory(matrix); // before anything changes: it may not fit into memory
     intensityMatrix.swap(matrix);
     scanTimes.swap(times);
-    mzDirectory = MzDirectory(intensityMatrix);
+    std::swap(mzDirectory, directory);
     initialized = true;
 }
 

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 #include <new>
 
 namespace zel {
@@ -43,6 +44,13 @@ Result<QList<ScanInfoBasic>> ms1Scans(msreader::MsDataSourceInterface* source)
     ZEL_ASSIGN_OR_RETURN(const QList<MsScanId> ids, source->scanIds(MsQuery::createByMsLevel(1)));
     ZEL_ASSIGN_OR_RETURN(QList<ScanInfoBasic> scans, source->scanInfoBasic(ids));
     ZEL_RETURN_IF_ERROR(ErrorUtils::emptyCheckReturn(scans, Error(kError)));
+    const auto hasTime = [](const ScanInfoBasic& scan) {
+        return std::isfinite(scan.retentionTimeMinutes);
+    };
+    if (!std::ranges::all_of(scans, hasTime) ||
+        !std::ranges::is_sorted(scans, {}, &ScanInfoBasic::retentionTimeMinutes)) {
+        ZEL_RETURN_ERROR(kError, "The scans of the run do not ascend in time");
+    }
     return scans;
 }
 
@@ -120,9 +128,7 @@ Error TurboXic::Private::build(msreader::MsDataSourceInterface* source,
                                const QSharedPointer<ProgressBarInterface>& progress)
 {
     Error e;
-    if (source == nullptr) {
-        ZEL_RETURN_ERROR(kBadParameterError, "There is no data source to index");
-    }
+    ZEL_RETURN_IF_ERROR(ErrorUtils::equal<bool>(source != nullptr, true, Error(kError)));
     qCDebug(algoLog) << "init TurboXic by" << source->dataSourceInformation().description();
     dataFingerprint = fingerprint;
     ZEL_RETURN_IF_ERROR(checkSettings(settings));

@@ -1,5 +1,6 @@
 // How an index is kept in a file.
 
+#include "common/stable/LargePages.h"
 #include "common/stable/Logging.h"
 #include "turbo/TurboXicCacheFormat_p.h"
 #include "turbo/TurboXic_p.h"
@@ -10,6 +11,9 @@
 #include <QFileInfo>
 #include <QMetaEnum>
 #include <QSaveFile>
+
+#include <algorithm>
+#include <new>
 
 namespace zel {
 
@@ -32,6 +36,21 @@ Result<TurboXicHeader> loadAndVerifyHeader(QDataStream& stream, const TurboXicSe
         ZEL_RETURN_ERROR(kFileFormatError, "MSReader options does not match");
     }
     return header;
+}
+
+/// The whole file; empty when it cannot be read, or not be held in memory.
+QByteArray bytesOfFile(const QString& path)
+try {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
+        return {};
+    }
+    QByteArray bytes(file.size(), Qt::Uninitialized);
+    adviseLargePages(bytes.data(), static_cast<std::size_t>(bytes.size()));
+    bytes.resize(std::max<qint64>(file.read(bytes.data(), bytes.size()), 0));
+    return bytes;
+} catch (const std::bad_alloc&) {
+    return {};
 }
 
 } // namespace
@@ -74,26 +93,22 @@ Error TurboXic::save(const QString& path) const
 Error TurboXic::load(const QString& path)
 {
     Error e;
-    QFile file(path);
-    QByteArray bytes; // an unreadable file is like an empty one
-    if (file.open(QIODevice::ReadOnly)) {
-        bytes = file.readAll();
-        file.close();
-    }
-    ZEL_RETURN_IF_ERROR(load(bytes));
+    ZEL_RETURN_IF_ERROR(load(bytesOfFile(path)));
     return e;
 }
 
 Error TurboXic::load(const QByteArray& bytes)
-{
+try {
     QDataStream stream(bytes);
     prepareTurboXicStream(stream);
     ZEL_ASSIGN_OR_RETURN(const TurboXicHeader header,
                          loadAndVerifyHeader(stream, m_private->settings));
     ZEL_ASSIGN_OR_RETURN(TurboXicContent content, readTurboXicContent(stream));
-    m_private->dataFingerprint = header.dataFingerprint;
     m_private->setContent(std::move(content.intensityMatrix), std::move(content.scanTimes));
+    m_private->dataFingerprint = header.dataFingerprint;
     return kNoError;
+} catch (const std::bad_alloc&) {
+    ZEL_RETURN_ERROR(kError, "Not enough memory for the index");
 }
 
 bool TurboXic::isValidCacheFile(const QString& path) const

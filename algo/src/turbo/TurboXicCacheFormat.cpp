@@ -1,3 +1,4 @@
+#include "common/core_mini/src/algo/StoredEntries.h"
 #include "common/stable/Stringify.h"
 #include "turbo/TurboXicCacheFormat_p.h"
 
@@ -110,8 +111,14 @@ bool readDateTime(QDataStream& stream, QDateTime& dateTime)
 {
     QByteArray text;
     stream >> text;
-    dateTime = QDateTime::fromString(QString::fromLatin1(text), QString::fromLatin1(kDateFormat));
-    return stream.status() == QDataStream::Ok && dateTime.isValid();
+    // Date and time are judged apart: the hour that the reader's zone leaves out in spring is a
+    // good one where the file was written.
+    const QStringList parts = QString::fromLatin1(text).split(QLatin1Char(' '));
+    const QDate date = QDate::fromString(parts.value(0), QStringLiteral("yyyy-MM-dd"));
+    const QTime time = QTime::fromString(parts.value(1), QStringLiteral("HH:mm:ss"));
+    dateTime = QDateTime(date, time);
+    return stream.status() == QDataStream::Ok && parts.size() == 2 && date.isValid() &&
+           time.isValid();
 }
 
 bool readTimes(QDataStream& stream, Eigen::VectorXd& times)
@@ -172,13 +179,19 @@ bool isInOrder(std::span<const int> starts, std::span<const int> rowsOfEntries, 
         return false;
     }
     for (std::size_t column = 0; column + 1 < starts.size(); ++column) {
-        int previous = -1;
-        for (int i = starts[column]; i < starts[column + 1]; ++i) {
-            const int row = rowsOfEntries[static_cast<std::size_t>(i)];
-            if (row <= previous || row >= rows) {
-                return false;
-            }
-            previous = row;
+        const std::span<const int> columnRows =
+            rowsOfEntries.subspan(static_cast<std::size_t>(starts[column]),
+                                  static_cast<std::size_t>(starts[column + 1] - starts[column]));
+        if (columnRows.empty()) {
+            continue;
+        }
+        // Counted without a branch, so that the compiler compares several rows at once.
+        int descents = 0;
+        for (std::size_t i = 1; i < columnRows.size(); ++i) {
+            descents += columnRows[i] <= columnRows[i - 1] ? 1 : 0;
+        }
+        if (descents > 0 || columnRows.front() < 0 || columnRows.back() >= rows) {
+            return false;
         }
     }
     return true;
@@ -191,7 +204,7 @@ bool readMatrix(QDataStream& stream, qint64 scanCount, Eigen::SparseMatrix<doubl
         return false;
     }
     matrix.resize(shape.rows, shape.columns);
-    matrix.resizeNonZeros(shape.entryCount);
+    allocateEntries(&matrix, shape.entryCount);
     const auto columnCount = static_cast<std::size_t>(shape.columns);
     const auto entryCount = static_cast<int>(shape.entryCount);
     const std::span<int> starts(matrix.outerIndexPtr(), columnCount + 1);
@@ -267,7 +280,12 @@ QByteArray turboXicCacheBytes(const TurboXicSettings& settings,
                               const Eigen::SparseMatrix<double>& intensityMatrix,
                               const Eigen::VectorXd& scanTimes)
 {
+    constexpr qsizetype headerBytes = 4096; // a guess; more is taken as needed
     QByteArray bytes;
+    bytes.reserve(headerBytes + static_cast<qsizetype>(sizeof(double)) * scanTimes.size() +
+                  static_cast<qsizetype>(sizeof(int)) * intensityMatrix.outerSize() +
+                  static_cast<qsizetype>(sizeof(double) + sizeof(int)) *
+                      intensityMatrix.nonZeros());
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
     QDataStream stream(&buffer);

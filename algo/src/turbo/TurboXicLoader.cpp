@@ -24,11 +24,15 @@ bool TurboXicLoader::tryLoadOrCreateCacheFile(msreader::MsDataSourceInterface* s
         qCDebug(algoLog).noquote() << QStringLiteral("Reusing cache file: %1").arg(m_cachePath);
         if (m_turbo->isValidCacheFile(m_cachePath)) {
             const Error e = loadCache();
+            if (e.hasError()) {
+                qCDebug(algoLog).noquote() << e.errorMessage();
+                return false;
+            }
             if (m_turbo->dataFingerprint() != dataFingerprint) {
                 qCWarning(algoLog) << "TurboXic data fingerprint doesn't match.";
                 return false;
             }
-            return e.equals(kNoError);
+            return true;
         }
         if (!m_cachePath.endsWith(TurboXic::cacheIdentifier(), Qt::CaseInsensitive)) {
             return false; // not known to be a cache

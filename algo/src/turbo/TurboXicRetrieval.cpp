@@ -80,7 +80,7 @@ std::pair<int, int> TurboXic::Private::scanIndexRange(double start,
     const double high = end + tolerance;
     const auto lastIndex = static_cast<std::ptrdiff_t>(times().size()) - 1;
     std::ptrdiff_t first = lastIndex;
-    if (low < times().back()) {
+    if (times().front() >= low || low < times().back()) {
         first = std::ranges::lower_bound(times(), low) - times().begin();
     }
     std::ptrdiff_t last = 0;

@@ -1,14 +1,17 @@
 #include "common/core_mini/src/algo/Convolution.h"
 
+#include <Eigen/Core>
+
 #include <algorithm>
-#include <array>
 
 namespace zel {
 
 namespace {
 
-/// How many results are summed side by side: few enough to stay in registers.
-constexpr std::size_t kBlockSize = 8;
+/// How many results are summed side by side: enough to hide the latency of an addition, few enough
+/// to stay in registers.
+constexpr std::size_t kBlockSize = 16;
+using Block = Eigen::Array<double, kBlockSize, 1>;
 
 /// The signal with `before` copies of its first value ahead of it, and filled up with copies of
 /// its last value to `paddedSize`.
@@ -39,14 +42,12 @@ void convolveRepeatingEnds(std::span<const double> signal,
     const std::vector<double> source =
         padded(signal, before, before + signal.size() + after + kBlockSize);
     for (std::size_t start = 0; start < signal.size(); start += kBlockSize) {
-        std::array<double, kBlockSize> sums{};
+        Block sums = Block::Zero();
         for (std::size_t k = 0; k < kernel.size(); ++k) {
-            const double* values = source.data() + start + kernel.size() - 1 - k;
-            for (std::size_t j = 0; j < kBlockSize; ++j) {
-                sums[j] += kernel[k] * values[j];
-            }
+            sums +=
+                kernel[k] * Eigen::Map<const Block>(source.data() + start + kernel.size() - 1 - k);
         }
-        std::copy_n(sums.begin(),
+        std::copy_n(sums.data(),
                     std::min(kBlockSize, signal.size() - start),
                     out.begin() + static_cast<std::ptrdiff_t>(start));
     }

@@ -67,12 +67,16 @@ std::pair<int, int> FeatureFinderUtilities::hashMz(double start,
     const double high = end + tolerance;
     int first = ceilToInt(low * binsPerUnit);
     int last = floorToInt(high * binsPerUnit);
-    // The product may be rounded across a bin whose m/z is the limit itself.
+    // The product may be rounded across a bin whose m/z is the limit itself, either way.
     if (first > std::numeric_limits<int>::min() && unHashMz(first - 1, binsPerUnit) >= low) {
         --first;
+    } else if (first < std::numeric_limits<int>::max() && unHashMz(first, binsPerUnit) < low) {
+        ++first;
     }
     if (last < std::numeric_limits<int>::max() && unHashMz(last + 1, binsPerUnit) <= high) {
         ++last;
+    } else if (last > std::numeric_limits<int>::min() && unHashMz(last, binsPerUnit) > high) {
+        --last;
     }
     return {first, last};
 }

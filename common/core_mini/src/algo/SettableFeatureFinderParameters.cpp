@@ -67,6 +67,22 @@ void SettableFeatureFinderParameters::printFfUserParams() const
     print("d2KernelWidth", d2KernelWidth);
     print("d2SmoothingPasses", d2SmoothingPasses);
     print("kernelSigma", kernelSigma);
+    print("peakSplitterOptions.splittingDisabled", peakSplitterOptions.splittingDisabled);
+    print("peakSplitterOptions.mergeIntensityRatio", peakSplitterOptions.mergeIntensityRatio);
+    print("peakSplitterOptions.minSkew", peakSplitterOptions.minSkew);
+    print("peakSplitterOptions.valleyRatio", peakSplitterOptions.valleyRatio);
+    print("peakSplitterOptions.noiseFactor", peakSplitterOptions.noiseFactor);
+    print("peakSplitterOptions.minRelativeHeight", peakSplitterOptions.minRelativeHeight);
+    print("peakSplitterOptions.minPointsPerPeak", peakSplitterOptions.minPointsPerPeak);
+    print("baselineOptions.minPeakWidth", baselineOptions.minPeakWidth);
+    print("baselineOptions.ignoreRetentionTime", baselineOptions.ignoreRetentionTime);
+    print("baselineOptions.detectionMode", baselineOptions.detectionMode);
+    print("baselineOptions.timeHalfWindow", baselineOptions.timeHalfWindow);
+    print("baselineOptions.baselineHalfWindow", baselineOptions.baselineHalfWindow);
+    print("baselineOptions.highNoiseFactor", baselineOptions.highNoiseFactor);
+    print("baselineOptions.lowNoiseFactor", baselineOptions.lowNoiseFactor);
+    print("baselineOptions.relativeHeight", baselineOptions.relativeHeight);
+    print("baselineOptions.maxGapPoints", baselineOptions.maxGapPoints);
     print("minIntensityDynamicRange", minIntensityDynamicRange);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "common/core_mini/src/algo/XicDetectionOptions.h"
 #include "common/stable/Export.h"
 
 #include <QString>
@@ -104,6 +105,10 @@ struct ZEL_EXPORT SettableFeatureFinderParameters
     int d2SmoothingPasses = 1;
     /// Standard deviation of both Gaussians, in bins and columns; best about that of the peaks.
     double kernelSigma = 2.5;
+
+    /// How chromatograms are cut into peaks; see XicIntegrator.
+    XicPeakSplitterOptions peakSplitterOptions;
+    XicBaselineLimitsDetectorOptions baselineOptions;
 
     /// A master feature of the scan-wise finder stays when its strongest charge feature is at least
     /// this many times as intense as its weakest. 2 and more lose features of 5 scans, 1 keeps

@@ -9,18 +9,20 @@
 
 #include <optional>
 
-namespace zel::tool {
+namespace zel::msreader {
 
-/// A table of tab-separated text with one header line. Empty lines and lines that start with '#'
-/// are skipped.
+/// A table of tab-separated text with one header line, plain or gzip-compressed. Empty lines and
+/// lines that start with '#' are skipped.
 class TsvTable
 {
 public:
     /// \return kFileOpenError; kFileFormatError naming the line for a row whose number of cells is
-    /// not that of the header
+    /// not that of the header, and for a header with two columns of one name
     static Result<TsvTable> read(const QString& path);
 
     int rowCount() const { return static_cast<int>(m_rows.size()); }
+    /// In the order of the file.
+    const QStringList& columnNames() const { return m_columnNames; }
     bool hasColumn(const QString& column) const { return m_columns.contains(column); }
 
     /// The cell's text without blanks around it; empty for a column that is not there.
@@ -31,6 +33,8 @@ public:
     /// The same for a cell that may be empty or whose column may be missing.
     Result<std::optional<double>> optionalNumber(int row, const QString& column) const;
 
+    /// Where a row stands: "FILE, line N".
+    QString place(int row) const;
     /// An error about a row: "FILE, line N: MESSAGE".
     Error rowError(int row, const QString& message) const;
 
@@ -41,9 +45,13 @@ private:
         QStringList cells;
     };
 
+    Error addLine(const QString& line, int lineNumber);
+    Error setHeader(const QStringList& cells, int lineNumber);
+
     QString m_path;
+    QStringList m_columnNames;
     QHash<QString, qsizetype> m_columns;
     QList<Row> m_rows;
 };
 
-} // namespace zel::tool
+} // namespace zel::msreader

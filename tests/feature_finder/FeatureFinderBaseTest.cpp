@@ -1,0 +1,151 @@
+#include "feature_finder/FeatureFinderBase.h"
+
+#include "tests/support/Features.h"
+#include "tests/support/Runs.h"
+#include "tests/support/SourceProbe.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+
+namespace zel::test {
+
+namespace {
+
+/// Opens what finders use to the tests.
+class Finder : public FeatureFinderBase
+{
+public:
+    Finder(int ppmTolerance, int maxD1Gap)
+    {
+        SettableFeatureFinderParameters params;
+        params.ppmTolerance = ppmTolerance;
+        params.maxD1Gap = maxD1Gap;
+        EXPECT_FALSE(isInit());
+        EXPECT_THAT(init(params), IsOk());
+        EXPECT_TRUE(isInit());
+    }
+
+    Result<QList<MasterFeature>> findFeatures(msreader::MsDataSourceInterface* /*source*/,
+                                              QSharedPointer<ProgressBarInterface>) override
+    {
+        return QList<MasterFeature>();
+    }
+
+    using FeatureFinderBase::convertD1FromScanIndexToRetentionTimeMinutes;
+    using FeatureFinderBase::groupChargeFeaturesToMasterFeatures;
+    using FeatureFinderBase::userParams;
+};
+
+/// The rule as it is told, each master looked at for each feature.
+QList<MasterFeature> groupedByDefinition(QList<ChargeFeature> features, int ppm, int maxD1Gap)
+{
+    std::stable_sort(features.begin(), features.end(), [](const auto& a, const auto& b) {
+        return a.monoIsotopicMass < b.monoIsotopicMass;
+    });
+    QList<MasterFeature> masters;
+    for (const ChargeFeature& feature : features) {
+        auto master = std::find_if(masters.begin(), masters.end(), [&](const auto& candidate) {
+            return ppm * feature.monoIsotopicMass / 1e6 >=
+                       std::abs(feature.monoIsotopicMass - candidate.monoIsotopicMass()) &&
+                   maxD1Gap >= std::abs(feature.apexD1 - candidate.apexD1());
+        });
+        if (master == masters.end()) {
+            masters.append(MasterFeature());
+            master = masters.end() - 1;
+        }
+        EXPECT_THAT(master->pushBackChargeFeature(feature), IsOk());
+    }
+    return masters;
+}
+
+QList<QList<ChargeFeature>> membersOf(const QList<MasterFeature>& masters)
+{
+    QList<QList<ChargeFeature>> members;
+    for (const MasterFeature& master : masters) {
+        members.append(master.chargeFeatures());
+    }
+    return members;
+}
+
+} // namespace
+
+TEST(FeatureFinderBaseTest, GranularitySetsGridAndOddKernel)
+{
+    for (const auto& [binsPerMz, width] : {std::pair(500, 35), {400, 29}, {50, 5}, {10, 1}}) {
+        Finder finder(10, 5);
+        finder.setMobilityGranularity(binsPerMz); // 3.5 rounds away from zero, and 4 is made odd
+        EXPECT_EQ(finder.userParams().mzHashFactor, binsPerMz);
+        EXPECT_EQ(finder.userParams().mzKernelWidth, width) << binsPerMz;
+    }
+}
+
+TEST(FeatureFinderBaseTest, GroupsUpToTheToleranceAndTheGap)
+{
+    const Finder finder(10, 5);
+    const auto masterCount = [&finder](double mass, double apexD1, int intensity) {
+        return finder
+            .groupChargeFeaturesToMasterFeatures(
+                {featureOf(1000.0, 20.0, 50), featureOf(mass, apexD1, intensity, 3)})
+            .size();
+    };
+    EXPECT_EQ(masterCount(1000.0, 25.0, 10), 1);
+    EXPECT_EQ(masterCount(1000.0, 26.0, 10), 2);
+    EXPECT_EQ(masterCount(1000.0, 15.0, 10), 1);
+    // The tolerance is that of the heavier one: 10.0001 mDa.
+    EXPECT_EQ(masterCount(1000.0100000, 20.0, 10), 1);
+    EXPECT_EQ(masterCount(1000.0101000, 20.0, 10), 2);
+
+    // The second takes the apex along, so the third fits, and the fourth does not any more.
+    const auto masters =
+        finder.groupChargeFeaturesToMasterFeatures({featureOf(1000.000, 20.0, 50),
+                                                    featureOf(1000.008, 24.0, 60),
+                                                    featureOf(1000.016, 28.0, 10),
+                                                    featureOf(1000.017, 17.0, 10)});
+    ASSERT_EQ(masters.size(), 2);
+    EXPECT_EQ(masters[0].chargeFeaturesCount(), 3);
+    EXPECT_TRUE(finder.groupChargeFeaturesToMasterFeatures({}).isEmpty());
+}
+
+TEST(FeatureFinderBaseTest, GroupsAsDefined)
+{
+    std::mt19937 random(3);
+    std::uniform_real_distribution<> mass(1000.0, 1000.3);
+    std::uniform_int_distribution<> small(0, 40);
+    QList<ChargeFeature> features;
+    for (int i = 0; i < 600; ++i) {
+        const double d1 = small(random);
+        features.append(featureOf(mass(random), d1, small(random), i));
+    }
+    for (const int ppm : {0, 3, 30, 300, 2000000}) {
+        EXPECT_EQ(membersOf(Finder(ppm, 5).groupChargeFeaturesToMasterFeatures(features)),
+                  membersOf(groupedByDefinition(features, ppm, 5)))
+            << ppm;
+    }
+}
+
+TEST(FeatureFinderBaseTest, TurnsScanNumbersIntoMinutes)
+{
+    const auto source = runOf({0.5, 1.5, 2.5}, {}); // scans 1, 2, 3
+    ChargeFeature feature = featureOf(1000.0, 2.9, 50);
+    feature.startD1 = 0.0;
+    feature.endD1 = 3.0;
+    QList<MasterFeature> masters = {masterOf({feature, featureOf(999.0, 1.0, 5)})};
+    ASSERT_THAT(Finder::convertD1FromScanIndexToRetentionTimeMinutes(source.get(), &masters),
+                IsOk());
+    const QList<ChargeFeature> members = masters[0].chargeFeatures();
+    ASSERT_EQ(members.size(), 2);
+    EXPECT_EQ(members[0].startD1, 0.0); // there is no scan 0
+    EXPECT_EQ(members[0].apexD1, 1.5);  // cut, not rounded
+    EXPECT_EQ(members[0].endD1, 2.5);
+    EXPECT_EQ(members[1].apexD1, 0.5);
+    EXPECT_EQ(valueOf(FeatureFinderBase::buildIndexRetentionTimeMap(source.get(), 2)).size(), 0);
+
+    EXPECT_THAT(Finder::convertD1FromScanIndexToRetentionTimeMinutes(nullptr, &masters),
+                HasError(kError));
+    EXPECT_THAT(FeatureFinderBase::buildIndexRetentionTimeMap(nullptr, 1), HasError(kError));
+    EXPECT_THAT(FeatureFinderBase::hasMobilityCheck(nullptr), HasError(kError));
+}
+
+} // namespace zel::test

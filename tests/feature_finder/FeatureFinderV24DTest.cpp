@@ -1,0 +1,371 @@
+#include "feature_finder/FeatureFinderV24D.h"
+
+#include "feature_finder/FeatureFinderFactory.h"
+#include "feature_finder/FeatureFinderV24DScansHandler.h"
+#include "tests/support/RecordingSink.h"
+#include "tests/support/Runs.h"
+#include "tests/support/SourceProbe.h"
+#include "tools/simulate/Simulator.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+#include <random>
+
+namespace zel::test {
+
+namespace {
+
+/// Opens the parameters to the tests.
+class Finder : public FeatureFinderV24D
+{
+public:
+    explicit Finder(const SettableFeatureFinderParameters& params)
+    {
+        EXPECT_THAT(init(params), IsOk());
+    }
+    using FeatureFinderBase::userParams;
+};
+
+SettableFeatureFinderParameters paramsOf(int ppmTolerance = 10)
+{
+    SettableFeatureFinderParameters params;
+    params.ppmTolerance = ppmTolerance;
+    params.maxD1Gap = 3;
+    params.maxD2Gap = 4;
+    params.minHillLengthD1 = 3;
+    return params;
+}
+
+ChargeFeatureFrame clusterOf(int d1, double mass, double intensity, int apexD2 = 50, int charge = 2)
+{
+    ChargeFeatureFrame cluster;
+    cluster.d1 = d1;
+    cluster.monoIsotopicMass = mass;
+    cluster.intensity = intensity;
+    cluster.apexD2 = apexD2;
+    cluster.startD2 = apexD2 - 10;
+    cluster.endD2 = apexD2 + 5;
+    cluster.charge = charge;
+    return cluster;
+}
+
+using Points = QList<QList<QPointF>>; ///< (D1, intensity) of each link
+
+Points pointsOf(const QList<ChargeFeatureBuilder4D>& builders)
+{
+    Points points;
+    for (const ChargeFeatureBuilder4D& builder : builders) {
+        points.append(builder.d1Xic());
+    }
+    return points;
+}
+
+/// The rules as they are told, each cluster compared with all links.
+QList<ChargeFeatureBuilder4D> linkedByDefinition(QList<ChargeFeatureFrame> clusters,
+                                                 const SettableFeatureFinderParameters& params)
+{
+    std::stable_sort(
+        clusters.begin(), clusters.end(), [](const auto& a, const auto& b) { return a.d1 < b.d1; });
+    QMap<int, QList<ChargeFeatureBuilder4D>> map;
+    for (const ChargeFeatureFrame& f : clusters) {
+        const auto fits = [&](const ChargeFeatureBuilder4D& b) {
+            const auto d2 = b.d2Range();
+            return b.charge() == f.charge &&
+                   std::abs(b.apexMonoIsotopicMass() - f.monoIsotopicMass) <
+                       f.monoIsotopicMass * params.ppmTolerance * 1e-6 &&
+                   ((d2.start <= f.apexD2 && f.apexD2 <= d2.end) ||
+                    std::abs(f.apexD2 - b.apexD2()) < params.maxD2Gap) &&
+                   std::abs(b.d1Range().end - f.d1) <= params.maxD1Gap;
+        };
+        const int key = static_cast<int>(std::lround(f.monoIsotopicMass));
+        bool isLinked = false;
+        for (int m = key - 1; map.contains(key) && m <= key + 1 && !isLinked; ++m) {
+            auto& builders = map[m];
+            const auto b = std::find_if(builders.begin(), builders.end(), fits);
+            if (b != builders.end()) {
+                b->pushBackChargeFeatureFrame(f);
+                isLinked = true;
+            }
+        }
+        if (!isLinked) {
+            map[key].append(ChargeFeatureBuilder4D());
+            map[key].last().pushBackChargeFeatureFrame(f);
+        }
+    }
+    QList<ChargeFeatureBuilder4D> all;
+    for (const auto& builders : map) {
+        all += builders;
+    }
+    return all;
+}
+
+/// A run of frames of two mobility scans.
+QSharedPointer<msreader::InMemoryDataSource> mobilityRun(int frameCount,
+                                                         const QList<QPointF>& points)
+{
+    QList<msreader::InMemoryScan> scans;
+    for (int d1 = 1; d1 <= frameCount; ++d1) {
+        for (int d2 = 1; d2 <= 2; ++d2) {
+            scans.append(scanOf(msreader::MsScanId(d1, d2), 0.1 * d1, points));
+        }
+    }
+    return sourceOf(scans);
+}
+
+} // namespace
+
+TEST(FeatureFinderV24DTest, LinksClustersAsDefined)
+{
+    std::mt19937 random(8);
+    const auto upTo = [&random](int n) { return std::uniform_int_distribution<>(0, n)(random); };
+    QList<ChargeFeatureFrame> clusters;
+    for (int i = 0; i < 3000; ++i) {
+        const int d1 = upTo(60);
+        const double mass = 998.0 + 0.01 * upTo(400);
+        clusters.append(clusterOf(d1, mass, upTo(20), 20 + upTo(60), 2 + upTo(1)));
+    }
+    for (const int ppm : {0, 11, 100}) { // more than one, and tens of candidates
+        EXPECT_EQ(pointsOf(Finder(paramsOf(ppm)).groupChargeFeatureFramesAcrossD1(clusters)),
+                  pointsOf(linkedByDefinition(clusters, paramsOf(ppm))))
+            << ppm;
+    }
+}
+
+TEST(FeatureFinderV24DTest, ANewDaltonIsOpenedWithoutALookAtItsNeighbours)
+{
+    // The second cluster is within 50 ppm of the first, but the first of its own Dalton. The third
+    // finds its Dalton in use and looks at the one below first.
+    EXPECT_EQ(pointsOf(Finder(paramsOf(50))
+                           .groupChargeFeatureFramesAcrossD1({clusterOf(1, 1000.49, 9.0),
+                                                              clusterOf(2, 1000.51, 8.0),
+                                                              clusterOf(3, 1000.505, 7.0)})),
+              (Points{{{1.0, 9.0}, {3.0, 7.0}}, {{2.0, 8.0}}}));
+}
+
+TEST(FeatureFinderV24DTest, ALinkKeepsToItsLimits)
+{
+    struct Row
+    {
+        const char* what;
+        ChargeFeatureFrame second;
+        bool joins;
+    };
+    const Row rows[] = {
+        {"at the D1 gap", clusterOf(13, 1024.0, 1.0), true},
+        {"beyond the D1 gap", clusterOf(14, 1024.0, 1.0), false},
+        {"same frame", clusterOf(10, 1024.0, 1.0), true},
+        {"another charge", clusterOf(11, 1024.0, 1.0, 50, 3), false},
+        {"within the mass tolerance", clusterOf(11, 1024.0102, 1.0), true},
+        {"beyond the mass tolerance", clusterOf(11, 1024.0103, 1.0), false},
+        {"first D2", clusterOf(11, 1024.0, 1.0, 40), true},
+        {"before it", clusterOf(11, 1024.0, 1.0, 39), false},
+        {"last D2", clusterOf(11, 1024.0, 1.0, 55), true},
+        {"behind it", clusterOf(11, 1024.0, 1.0, 56), false},
+    };
+    for (const Row& row : rows) {
+        EXPECT_EQ(Finder(paramsOf())
+                      .groupChargeFeatureFramesAcrossD1({clusterOf(10, 1024.0, 5.0), row.second})
+                      .size(),
+                  row.joins ? 1 : 2)
+            << row.what;
+    }
+    // Outside the D2 limits the distance of the apexes counts, and must be below the gap of 4.
+    ChargeFeatureFrame narrow = clusterOf(10, 1024.0, 5.0);
+    narrow.startD2 = narrow.endD2 = 50;
+    for (const auto& [apexD2, count] : {std::pair(53, 1), {54, 2}}) {
+        EXPECT_EQ(
+            Finder(paramsOf())
+                .groupChargeFeatureFramesAcrossD1({narrow, clusterOf(11, 1024.0, 1.0, apexD2)})
+                .size(),
+            count);
+    }
+}
+
+TEST(FeatureFinderV24DTest, CutsFeaturesAtTheirValleys)
+{
+    // Frames 10 to 30 with apexes at 13, 20 and 27, and valleys at 16 and 24.
+    const QList<double> heights = {20,   200,  700, 1000, 700, 200, 20,  300, 1200, 2500, 3000,
+                                   2500, 1200, 300, 20,   200, 700, 900, 600, 200,  20};
+    ChargeFeatureBuilder4D builder;
+    for (int i = 0; i < heights.size(); ++i) {
+        ChargeFeatureFrame cluster = clusterOf(10 + i, 1000.0 + 0.001 * i, heights[i] + 0.9);
+        cluster.mzApexOfCluster = 501.0;
+        cluster.mzFirstOfCluster = 500.5;
+        cluster.averagine = 0.9;
+        cluster.isotopeCount = 4;
+        cluster.monoOffset = 1;
+        builder.pushBackChargeFeatureFrame(cluster);
+    }
+    ChargeFeatureBuilder4D tooShort;
+    tooShort.pushBackChargeFeatureFrame(clusterOf(1, 900.0, 5.0));
+    tooShort.pushBackChargeFeatureFrame(clusterOf(2, 900.0, 5.0));
+
+    const QList<ChargeFeature> pieces =
+        valueOf(Finder(paramsOf()).splitChargeFeatures({tooShort, builder}));
+    ChargeFeature whole;
+    whole.mzApexOfCluster = 501.0;
+    whole.mzFirstOfCluster = 500.5;
+    whole.monoIsotopicMass = 1000.010;
+    whole.apexIntensity = 3000; // cut
+    whole.averagineScore = 0.9;
+    whole.startD1 = 10.0;
+    whole.endD1 = 32.0; // the last frame is the sum of three
+    whole.apexD1 = 20.0;
+    whole.startD2 = 40.0;
+    whole.endD2 = 55.0;
+    whole.apexD2 = 50.0;
+    whole.isotopeCount = 4;
+    whole.charge = 2;
+    whole.monoOffset = 1;
+    QList<ChargeFeature> expected = {whole, whole, whole};
+    expected[0].endD1 = expected[1].startD1 = 16.0;
+    expected[1].endD1 = expected[2].startD1 = 24.0;
+    EXPECT_EQ(pieces, expected);
+
+    auto params = paramsOf();
+    params.peakSplitterOptions.valleyRatio = 1e9;
+    EXPECT_EQ(valueOf(Finder(params).splitChargeFeatures({builder})), QList<ChargeFeature>{whole});
+    params.peakSplitterOptions.valleyRatio = -1.0;
+    EXPECT_THAT(Finder(params).splitChargeFeatures({builder}), HasError(kBadParameterError));
+}
+
+TEST(FeatureFinderV24DTest, SummingAllFramesReplacesTheParameters)
+{
+    const auto source = mobilityRun(5, {{500.0, 1.0}});
+    auto params = paramsOf(33);
+    params.numberOfFramesToSum = 0;
+    Finder finder(params);
+    EXPECT_EQ(finder.userParams().mzKernelWidth, 35); // forced, as is the grid
+    EXPECT_EQ(finder.userParams().mzHashFactor, 500.0);
+    FeatureFinderV24DScansHandler handler;
+    ASSERT_THAT(finder.initPerMsFile(source.get(), &handler), IsOk());
+    EXPECT_EQ(handler.numberOfFramesToSum(), 5);
+    EXPECT_EQ(finder.userParams().numberOfFramesToSum, 5);
+    EXPECT_EQ(finder.userParams().minHillLengthD1, -1);
+    EXPECT_EQ(finder.userParams().ppmTolerance, SettableFeatureFinderParameters().ppmTolerance);
+    EXPECT_EQ(finder.userParams().maxD1Gap, SettableFeatureFinderParameters().maxD1Gap);
+}
+
+TEST(FeatureFinderV24DTest, HandsItsLimitsToTheHandler)
+{
+    const auto source = mobilityRun(5, {{500.0, 1.0}, {600.0, 2.0}});
+    struct Row
+    {
+        Interval<int> d2;
+        double sum; // of three frames
+    };
+    for (const Row& row : {Row{{-1, -1}, 12.0}, {{1, 1}, 12.0}, {{0, 1}, 6.0}, {{2, 9}, 6.0}}) {
+        Finder finder(paramsOf());
+        finder.setStartStopD2(row.d2.start, row.d2.end);
+        finder.setStartStopMz(550.0, 700.0);
+        FeatureFinderV24DScansHandler handler;
+        ASSERT_THAT(finder.initPerMsFile(source.get(), &handler), IsOk());
+        EXPECT_EQ(valueOf(handler.getFrameRaw(1)).sum(), row.sum) << row.d2.start;
+    }
+    FeatureFinderV24DScansHandler handler;
+    Finder finder(paramsOf());
+    EXPECT_THAT(finder.initPerMsFile(nullptr, &handler), HasError(kError));
+    EXPECT_THAT(finder.findFeatures(nullptr, nullptr), HasError(kError));
+    EXPECT_THAT(finder.initPerMsFile(runOf({0.5}, {{500.0, 1.0}}).get(), &handler),
+                HasError(kError));
+}
+
+TEST(FeatureFinderV24DTest, FindsSimulatedPeptides)
+{
+    simulate::SimulationSettings settings;
+    settings.peptideCount = 12;
+    settings.missingFraction = 0.0;
+    settings.driftMinutes = 0.0;
+    settings.endMinutes = 2.4;
+    settings.scanIntervalSeconds = 2.0;
+    settings.peakSigmaSeconds = 3.0;
+    settings.peakTailSeconds = 1.5;
+    settings.mobilityScanCount = 120;
+    settings.mobilitySigma = 0.05; // six scans
+    settings.resolutionModel = simulate::ResolutionModel::TimeOfFlight;
+    settings.resolvingPower = 40000.0;
+    settings.minIntensity = 500.0;
+    settings.intensityPerIon = 100.0;
+    settings.backgroundIonCount = 0;
+    settings.strayPeakIntensity = 500.0;
+    const auto run = valueOf(simulate::simulateRun(settings, 0));
+    const auto source = sourceOf(run.scans);
+    FeatureFinderV24D finder;
+    ASSERT_THAT(finder.init(SettableFeatureFinderParameters::trappedMobility()), IsOk());
+    const auto masters = valueOf(finder.findFeatures(source.get(), nullptr));
+
+    double mzShift = 0.0;
+    for (const simulate::TrueIon& ion : run.truth) {
+        std::optional<ChargeFeature> found;
+        for (const MasterFeature& master : masters) {
+            for (const ChargeFeature& feature : master.chargeFeatures()) {
+                if (feature.charge == ion.charge && feature.startD1 <= ion.rtApex &&
+                    ion.rtApex <= feature.endD1 &&
+                    std::abs(feature.monoIsotopicMass - ion.mass) < 10e-6 * ion.mass) {
+                    found = feature;
+                }
+            }
+        }
+        ASSERT_TRUE(found) << ion.mass << " Da, charge " << ion.charge;
+        mzShift += (found->monoIsotopicMass - ion.mass) / ion.charge;
+        const double apexMobility =
+            settings.firstMobility + settings.mobilityStep() * (found->apexD2 - 1.0);
+        EXPECT_NEAR(apexMobility, ion.mobilityApex, 3 * std::abs(settings.mobilityStep()));
+    }
+    // Cutting m/z to bins of 2 mTh takes off half a bin on average.
+    EXPECT_NEAR(mzShift / static_cast<double>(run.truth.size()), -0.001, 0.0004);
+}
+
+TEST(FeatureFinderV24DTest, WalksOverTheFramesThatAreAskedFor)
+{
+    class Reads : public SourceProbe
+    {
+    public:
+        using SourceProbe::scanData;
+        using SourceProbe::SourceProbe;
+        Result<QList<QPointF>> scanData(const msreader::MsQuery& query) override
+        {
+            d1s.insert(static_cast<int>(*query.scanId()->d1));
+            return SourceProbe::scanData(query);
+        }
+        QSet<int> d1s;
+    };
+    const auto source = mobilityRun(12, {{500.0, 100.0}}); // one hill in each, and no cluster
+    Reads reads(source.get());
+    const auto sink = QSharedPointer<RecordingSink>::create();
+    Finder finder(paramsOf());
+    finder.setStartStopD1(5, 8);
+    EXPECT_TRUE(valueOf(finder.findFeatures(&reads, sink)).isEmpty());
+    EXPECT_EQ(reads.d1s, (QSet<int>{5, 6, 7, 8, 9, 10})); // the windows of 5 to 8
+    EXPECT_EQ(sink->log,
+              QStringLiteral("Feature finding at test run;begin 9;Commence feature finding...;") +
+                  QStringLiteral("step;").repeated(9) + QStringLiteral("end;"));
+
+    sink->canceled = true;
+    EXPECT_THAT(finder.findFeatures(source.get(), sink), HasError(kOperationCanceledError));
+    Finder other(paramsOf());
+    EXPECT_TRUE(valueOf(other.findFeatures(mobilityRun(12, {}).get(), nullptr)).isEmpty());
+    EXPECT_THAT(other.findFeatures(mobilityRun(2, {}).get(), nullptr), HasError(kError)); // of 3
+    auto params = paramsOf();
+    params.networkFilePath = QStringLiteral("/nowhere");
+    EXPECT_THAT(Finder(params).findFeatures(source.get(), nullptr), HasError(kFileOpenError));
+}
+
+TEST(FeatureFinderFactoryTest, MakesTheFinderOfAVersion)
+{
+    SettableFeatureFinderParameters params;
+    params.featureFinderVersion = 2;
+    const auto finder = valueOf(FeatureFinderFactory::featureFinderFactoryInit(params));
+    EXPECT_NE(finder.dynamicCast<FeatureFinderV24D>(), nullptr);
+    EXPECT_TRUE(finder->isInit());
+    for (const int version : {-1, 0, 3}) {
+        params.featureFinderVersion = version;
+        EXPECT_THAT(FeatureFinderFactory::featureFinderFactoryInit(params),
+                    HasError(kBadParameterError));
+    }
+}
+
+} // namespace zel::test

@@ -1,0 +1,160 @@
+#include "ms_feature/GraphyCollection.h"
+#include "tests/support/HtmlPage.h"
+#include "tests/support/Matchers.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace zel {
+
+using test::diagramsOf;
+using test::textOf;
+
+namespace {
+
+/// 100 x 50 pixels for x from 2 to 12 and y from -10 to 90.
+Graphy canvas()
+{
+    Graphy diagram(100, 50);
+    diagram.xMin = 2.0;
+    diagram.xMax = 12.0;
+    diagram.yMin = -10.0;
+    diagram.yMax = 90.0;
+    return diagram;
+}
+
+/// What the last shape of the diagram is written as.
+std::string lastOf(const Graphy& diagram)
+{
+    std::ostringstream out;
+    diagram.shapes.back().shape->draw(out, diagram.shapes.back().style);
+    return out.str();
+}
+
+/// The one collection, empty before and after, and a folder for its files.
+class GraphyCollectionTest : public testing::Test
+{
+protected:
+    GraphyCollectionTest() { m_collection.clear(); }
+    ~GraphyCollectionTest() override { m_collection.clear(); }
+
+    void appendBlank(int count, const std::string& stem = {}, int columns = 1)
+    {
+        for (int i = 0; i < count; ++i) {
+            m_collection.append(Graphy(7, 5), stem, columns);
+        }
+    }
+    QByteArray path(const char* name) const
+    {
+        return m_folder.filePath(QString::fromLatin1(name)).toUtf8();
+    }
+
+    GraphyCollection& m_collection = GraphyCollection::instance();
+    QTemporaryDir m_folder;
+};
+
+} // namespace
+
+TEST(GraphyTest, WritesEachShapeWithTheStyleOfItsMoment)
+{
+    using testing::HasSubstr;
+    Graphy diagram = canvas();
+    diagram.line(1, 2, 3, 4);
+    EXPECT_EQ(lastOf(diagram),
+              R"x(<line x1="1" y1="2" x2="3" y2="4" stroke-width="1" stroke="black" />)x");
+    diagram.setStroke(0.9F, 0.5F, 0.7F, 0.05F);
+    diagram.setFill(0.8F, 0.0F, 0.625F, 0.2F);
+    const std::string stroke = R"x( stroke="rgb(90%, 50%, 70%)")x";
+    const std::string fill = R"x( fill="rgb(80%, 0%, 62.5%)")x";
+    diagram.lineToData(2.06, 88.9);
+    EXPECT_EQ(lastOf(diagram),
+              R"x(<line x1="3" y1="4" x2="1" y2="1" stroke-width="1")x" + stroke + " />");
+    diagram.boxData(3.0, 0.0, 4.0, 40.0);
+    EXPECT_EQ(lastOf(diagram),
+              R"x(<rect x="10" y="25" width="10" height="20")x" + fill +
+                  R"x( fill-opacity="0.2")x" + stroke + R"x( stroke-width="1" />)x");
+    diagram.boxData(4.0, 40.0, 3.0, 0.0);
+    EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(y="45" width="-10" height="-20")x"));
+    diagram.circleData(7.0, 40.0, 10.0); // (10 / 100 + 100 / 50) / 2 = 1.05 units a pixel
+    EXPECT_EQ(lastOf(diagram),
+              R"x(<circle cx="50" cy="25" r="10")x" + stroke + R"x( stroke-width="1")x" + fill +
+                  " />");
+    diagram.circleData(7.0, 40.0, -3.9);
+    EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(r="3")x")) << "pixels";
+    diagram.textData(2.0, -10.0, "a < b & c");
+    EXPECT_EQ(lastOf(diagram), R"x(<text x="0" y="50")x" + fill + ">a < b & c</text>");
+    diagram.lineToData(12.0, 90.0);
+    EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(x1="1" y1="1" x2="100" y2="0")x"))
+        << "only lines move the pen";
+}
+
+// Plots of one point, and points without a number, end up somewhere, not in undefined behaviour.
+TEST(GraphyTest, SurvivesRangesWithoutExtent)
+{
+    Graphy diagram(10, 10);
+    diagram.lineData(1e300, -1e300, std::nan(""), 0.0);
+    diagram.boxData(-1e300, 1e300, 1e300, -1e300);
+    EXPECT_THAT(lastOf(diagram), testing::HasSubstr(R"x(width="4294967295")x"));
+    diagram.circleData(0.0, 0.0, 4.4);
+    EXPECT_THAT(lastOf(diagram), testing::HasSubstr(R"x(r="4")x")) << "scale 1";
+}
+
+TEST_F(GraphyCollectionTest, WritesAPageOfFullRows)
+{
+    Graphy diagram = canvas();
+    diagram.text(1, 2, "one");
+    m_collection.append(std::move(diagram), {}, 1);
+    m_collection.write(path("page.html"), 2);
+    EXPECT_EQ(textOf(QString::fromUtf8(path("page.html"))).toStdString(),
+              "<html><head><title>Graphy collection</title></head><body>"
+              "<table border=\"1\" cellspacing=\"10\">\n"
+              "<tr>\n"
+              "<td>\n<svg width=\"100px\" height=\"50px\" viewBox=\"0 0 100 50\"\n"
+              "     xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\">\n\n"
+              "\t<text x=\"1\" y=\"2\" fill=\"\">one</text>\n"
+              "\n</svg>\n</td\n>"
+              "<td>\n<svg width=\"128px\" height=\"128px\" viewBox=\"0 0 128 128\"\n"
+              "     xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\">\n\n"
+              "\n</svg>\n</td\n>"
+              "</tr>\n</table></body></html>\n");
+
+    appendBlank(3); // two are there
+    m_collection.flush(path("page.html"), 4);
+    const QString page = textOf(QString::fromUtf8(path("page.html")));
+    EXPECT_EQ(page.count(QStringLiteral("<tr>")), 2);
+    EXPECT_EQ(page.count(QStringLiteral("width=\"128px\"")), 4);
+    m_collection.write(path("page.html"), 4);
+    EXPECT_EQ(textOf(QString::fromUtf8(path("page.html"))).toStdString(),
+              "<html><head><title>Graphy collection</title></head><body>"
+              "<table border=\"1\" cellspacing=\"10\">\n</table></body></html>\n")
+        << "a flush clears";
+}
+
+TEST_F(GraphyCollectionTest, WritesANumberedFileOnceARowIsFullBeyondAThousand)
+{
+    const std::string stem = path("Stem").toStdString();
+    const auto files = [this] {
+        return QDir(m_folder.path()).entryList({QStringLiteral("Stem.*.html")});
+    };
+    appendBlank(999);
+    m_collection.append(Graphy(7, 5), {}, 1);
+    appendBlank(1, stem, 3);
+    EXPECT_EQ(files().size(), 0) << "1001 diagrams";
+    appendBlank(1, stem, 3);
+    ASSERT_EQ(files().size(), 1);
+    const QString page = textOf(m_folder.filePath(files().constFirst()));
+    EXPECT_EQ(diagramsOf(page).size(), 1002);
+    EXPECT_EQ(page.count(QStringLiteral("<tr>")), 334);
+    appendBlank(1, stem, 3);
+    EXPECT_EQ(files().size(), 1) << "it counts from zero again";
+
+    // A file that cannot be opened costs its diagrams.
+    m_collection.flush(path("no folder/page.html"), 1);
+    m_collection.write(path("page.html"), 1);
+    EXPECT_TRUE(diagramsOf(textOf(QString::fromUtf8(path("page.html")))).isEmpty());
+}
+
+} // namespace zel

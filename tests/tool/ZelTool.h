@@ -1,0 +1,75 @@
+#pragma once
+
+#include "tests/support/Matchers.h"
+#include "tools/sources/MzmlWriter.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace zel::test {
+
+struct Outcome
+{
+    int exitCode = -1;
+    QString output;
+    QString errors;
+};
+
+inline QString text(const char* latin1)
+{
+    return QString::fromLatin1(latin1);
+}
+
+/// Runs the tool to its end.
+inline Outcome zel(const QStringList& arguments)
+{
+    QProcess process;
+    process.start(text(ZEL_TOOL_PATH), arguments);
+    if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit) {
+        return {-1, {}, text("the tool did not end by itself")};
+    }
+    return {process.exitCode(),
+            QString::fromUtf8(process.readAllStandardOutput()),
+            QString::fromUtf8(process.readAllStandardError())};
+}
+
+/// A folder for the files of a test.
+class ZelTool : public ::testing::Test
+{
+protected:
+    QString path(const QString& name) const { return m_folder.filePath(name); }
+
+    QString write(const QString& name, const QByteArray& content) const
+    {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(content);
+        return path(name);
+    }
+
+    QByteArray read(const QString& name) const
+    {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+        return file.readAll();
+    }
+
+    QString writeRun(const QString& name, const QList<msreader::InMemoryScan>& scans) const
+    {
+        EXPECT_THAT(msreader::writeMzml(path(name), scans), IsOk());
+        return path(name);
+    }
+
+    /// The files that are there, hidden ones too.
+    QStringList files() const
+    {
+        return QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden);
+    }
+
+    QTemporaryDir m_folder;
+};
+
+} // namespace zel::test
