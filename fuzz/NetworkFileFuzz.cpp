@@ -1,5 +1,5 @@
-// Any bytes as a network file: an error, or networks that give finite answers. The bytes are tried as
-// they are, and once more with a checksum that fits.
+// Any bytes as a network file: an error, or networks that give finite answers. The bytes are tried
+// as they are, and once more with a checksum that fits.
 
 #include "common/core_mini/src/algo/NetworkFile_p.h"
 

@@ -45,10 +45,11 @@ bool writeCacheSeed(const QString& path, const QList<QList<QPointF>>& spectra)
 QByteArray tinyNetworkFile()
 {
     const QByteArray header =
-        QJsonDocument(QJsonObject{{QStringLiteral("layout"), zel::networkinputs::layout()},
-                                  {QStringLiteral("networks"),
-                                   QJsonArray{QJsonObject{{QStringLiteral("name"), QStringLiteral("charge")},
-                                                          {QStringLiteral("layers"), 2}}}}})
+        QJsonDocument(
+            QJsonObject{{QStringLiteral("layout"), zel::networkinputs::layout()},
+                        {QStringLiteral("networks"),
+                         QJsonArray{QJsonObject{{QStringLiteral("name"), QStringLiteral("charge")},
+                                                {QStringLiteral("layers"), 2}}}}})
             .toJson(QJsonDocument::Compact);
     QByteArray content = "ZELNET\r\n";
     const auto append = [&content](auto... numbers) {
@@ -63,7 +64,8 @@ QByteArray tinyNetworkFile()
 
 bool writeSeeds(const QString& folder)
 {
-    for (const char* const target : {"turboxiccache", "turboxicsettings", "formula", "networkfile"}) {
+    for (const char* const target :
+         {"turboxiccache", "turboxicsettings", "formula", "networkfile"}) {
         if (!QDir(folder).mkpath(QString::fromLatin1(target))) {
             return false;
         }
