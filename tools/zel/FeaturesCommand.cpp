@@ -17,6 +17,7 @@
 #include <QSet>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -78,11 +79,30 @@ Error prepareOutputs(const FeaturesOptions& options)
     return kNoError;
 }
 
+/// Lets a mobility run of fewer frames than are to be summed have what it has, and features as
+/// short as that: one infused frame is a run, too.
+Error fitToFrames(const QString& path,
+                  msreader::MsDataSourceInterface* source,
+                  SettableFeatureFinderParameters* params)
+{
+    ZEL_ASSIGN_OR_RETURN(const auto ids, source->scanIds(msreader::MsQuery::createByMsLevel(1)));
+    const auto frameCount = static_cast<int>(ids.size());
+    if (frameCount == 0 || frameCount >= params->numberOfFramesToSum) {
+        return kNoError;
+    }
+    params->numberOfFramesToSum = frameCount;
+    params->minHillLengthD1 = std::min(params->minHillLengthD1, frameCount - 1);
+    std::cerr << "zel: " << path.toStdString() << " holds " << frameCount
+              << " frames: so many are summed, and features may be as short\n";
+    return kNoError;
+}
+
 Result<RunFeatures> findFeatures(const FeaturesOptions& options,
                                  const QString& path,
                                  msreader::MsDataSourceInterface* source,
                                  const CommandContext& context)
 {
+    Error e;
     ZEL_ASSIGN_OR_RETURN(const bool hasMobility, source->hasMobility());
     RunFeatures found;
     found.params = options.settings.forRun(hasMobility);
@@ -90,6 +110,9 @@ Result<RunFeatures> findFeatures(const FeaturesOptions& options,
         ZEL_RETURN_ERROR(
             kBadParameterError,
             QStringLiteral("%1 has no ion mobility, which version 2 asks for").arg(path));
+    }
+    if (found.params.featureFinderVersion == 2) {
+        ZEL_RETURN_IF_ERROR(fitToFrames(path, source, &found.params));
     }
     if (options.autoSet) {
         ZEL_ASSIGN_OR_RETURN(found.params,
