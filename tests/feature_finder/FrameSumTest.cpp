@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <deque>
 #include <vector>
 
 namespace zel::test {
@@ -48,11 +49,11 @@ TEST(FrameSumTest, TheStrongestCellsEqualTheDefinitionAtEachStep)
                     const bool isFull = step / 10 % 2 == 0;
                     Matrix frame = randomSparseMatrix(
                         80, 12, isFull ? 900 : 40, isFull ? greatestValue : 2, step);
-                    frames.emplace_back().swap(frame);
+                    frames.push_back(frame);
                     if (frames.size() <= 4) {
-                        sum.add(frames.back());
+                        sum.append(&frame);
                     } else {
-                        sum.replaceFirstByLast(frames);
+                        sum.slide(&frame);
                         frames.pop_front();
                     }
                     Matrix cells;

@@ -137,9 +137,8 @@ Error FeatureFinderV24DScansHandler::initSummingMatrix()
 Result<Matrix> FeatureFinderV24DScansHandler::getFrameRaw(int d1)
 {
     Error e;
-    if (m_frames.empty()) {
-        ZEL_RETURN_IF_ERROR(initFirstFrame(d1));
-        ZEL_RETURN_IF_ERROR(loadSummingMatrix());
+    if (m_summingMatrix->frameCount() == 0) {
+        ZEL_RETURN_IF_ERROR(loadFirstFrames(d1));
     } else {
         ZEL_RETURN_IF_ERROR(slideTo(d1));
     }
@@ -149,30 +148,28 @@ Result<Matrix> FeatureFinderV24DScansHandler::getFrameRaw(int d1)
     return sum;
 }
 
-Error FeatureFinderV24DScansHandler::initFirstFrame(int d1)
+/// Fills the window.
+Error FeatureFinderV24DScansHandler::loadFirstFrames(int d1)
 {
     Error e;
     const int first = findD1Index(d1);
     ZEL_RETURN_IF_ERROR(ErrorUtils::notEqual<int>(
         first, -1, Error(kError, QStringLiteral("There is no frame %1").arg(d1))));
     for (const int frameD1 : m_d1s.mid(first, std::max(m_params.numberOfFramesToSum, 0))) {
-        if (appendFrame(frameD1).hasError()) {
+        auto frame = buildScanFrame(frameD1);
+        if (frame.isOk()) {
+            Matrix matrix;
+            buildMatrix(frame.value(), &matrix);
+            m_summingMatrix->append(&matrix);
+        } else {
             qCWarning(algoLog) << "No data returned for Frame:" << frameD1;
         }
     }
-    return kNoError;
-}
-
-Error FeatureFinderV24DScansHandler::loadSummingMatrix()
-{
-    Error e;
     ZEL_RETURN_IF_ERROR(checkWindowIsFull());
-    for (const Matrix& frame : m_frames) {
-        m_summingMatrix->add(frame);
-    }
     return kNoError;
 }
 
+/// Moves the window on by a frame.
 Error FeatureFinderV24DScansHandler::slideTo(int d1)
 {
     Error e;
@@ -185,32 +182,22 @@ Error FeatureFinderV24DScansHandler::slideTo(int d1)
         last < m_d1s.size(),
         true,
         Error(kError, QStringLiteral("The run ends before the window of frame %1").arg(d1))));
-    ZEL_RETURN_IF_ERROR(appendFrame(m_d1s[last]));
-    m_summingMatrix->replaceFirstByLast(m_frames);
-    m_frames.pop_front();
+    ZEL_ASSIGN_OR_RETURN(const Frame frame, buildScanFrame(m_d1s[last]));
+    Matrix matrix;
+    buildMatrix(frame, &matrix);
+    m_summingMatrix->slide(&matrix);
     return kNoError;
 }
 
 Error FeatureFinderV24DScansHandler::checkWindowIsFull() const
 {
     return ErrorUtils::equal<long long>(
-        static_cast<long long>(m_frames.size()),
+        m_summingMatrix->frameCount(),
         m_params.numberOfFramesToSum,
         Error(kError,
               QStringLiteral("%1 frames are to be summed, but the window holds %2")
                   .arg(m_params.numberOfFramesToSum)
-                  .arg(m_frames.size())));
-}
-
-/// Reads a frame into the window.
-Error FeatureFinderV24DScansHandler::appendFrame(int d1)
-{
-    Error e;
-    ZEL_ASSIGN_OR_RETURN(const Frame frame, buildScanFrame(d1));
-    Matrix matrix;
-    ZEL_RETURN_IF_ERROR(buildMatrix(frame, &matrix));
-    m_frames.emplace_back().swap(matrix);
-    return kNoError;
+                  .arg(m_summingMatrix->frameCount())));
 }
 
 Result<Frame> FeatureFinderV24DScansHandler::buildScanFrame(int d1)
@@ -233,9 +220,8 @@ Result<Frame> FeatureFinderV24DScansHandler::buildScanFrame(int d1)
     return frame;
 }
 
-Error FeatureFinderV24DScansHandler::buildMatrix(const Frame& frame, Matrix* matrix) const
+void FeatureFinderV24DScansHandler::buildMatrix(const Frame& frame, Matrix* matrix) const
 {
-    Error e;
     const int firstColumn = std::max(columnOf(m_minD2), 0);
     const int lastColumn = std::min(columnOf(m_maxD2), m_summingMatrix->columns() - 1);
     const bool takesAll = takesAllMz();
@@ -250,14 +236,13 @@ Error FeatureFinderV24DScansHandler::buildMatrix(const Frame& frame, Matrix* mat
         if (!takesAll) {
             getPointsInBetween(d2.value(), m_minMz, m_maxMz, inside, true);
         }
-        ZEL_RETURN_IF_ERROR(binScan(
-            takesAll ? d2.value() : inside, m_params.mzHashFactor, m_summingMatrix->rows(), &scan));
+        binScan(
+            takesAll ? d2.value() : inside, m_params.mzHashFactor, m_summingMatrix->rows(), &scan);
         if (!scan.rows.empty()) {
             columns.append(column, scan);
         }
     }
     columns.finish(matrix);
-    return kNoError;
 }
 
 int FeatureFinderV24DScansHandler::findD1Index(int d1) const
@@ -297,7 +282,6 @@ void FeatureFinderV24DScansHandler::setMinMzAndMaxMz(const Interval<double>& ran
 
 void FeatureFinderV24DScansHandler::clearFramesAndSummingMatrix()
 {
-    m_frames.clear();
     m_summingMatrix->reset(m_summingMatrix->rows(), m_summingMatrix->columns());
 }
 

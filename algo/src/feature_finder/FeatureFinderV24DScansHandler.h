@@ -14,8 +14,6 @@
 #include <QPointF>
 #include <QSharedDataPointer>
 
-#include <deque>
-
 namespace zel {
 
 namespace msreader {
@@ -108,21 +106,18 @@ private:
     Error setMaxD2();
     void setParametersToSumAllD1s();
     Error initSummingMatrix();
-    Error initFirstFrame(int d1);
-    Error loadSummingMatrix();
+    Error loadFirstFrames(int d1);
     Error slideTo(int d1);
     Error checkWindowIsFull() const;
-    Error appendFrame(int d1);
     Result<Frame> buildScanFrame(int d1);
-    Error buildMatrix(const Frame& frame, Matrix* matrix) const;
+    void buildMatrix(const Frame& frame, Matrix* matrix) const;
     int findD1Index(int d1) const;
     int columnOf(int d2) const;
     bool takesAllMz() const;
 
     msreader::MsDataSourceInterface* m_source = nullptr;
     SettableFeatureFinderParameters m_params;
-    std::deque<Matrix> m_frames; ///< those in the sum, oldest first
-    QSharedDataPointer<FrameSum> m_summingMatrix;
+    QSharedDataPointer<FrameSum> m_summingMatrix; ///< with its frames
     QMap<int, QList<msreader::MsScanId>> m_scanIdsByD1;
     QList<int> m_d1s; ///< the keys
     QMap<int, double> m_d1RetentionTimes;

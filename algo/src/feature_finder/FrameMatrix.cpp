@@ -1,5 +1,4 @@
 #include "FrameMatrix_p.h"
-#include "common/core_mini/src/algo/EigenUtilities.h"
 #include "common/core_mini/src/algo/StoredEntries.h"
 
 #include <algorithm>
@@ -7,21 +6,14 @@
 
 namespace zel {
 
-Error binScan(const QList<QPointF>& points,
-              double binsPerMz,
-              Eigen::Index rowCount,
-              BinnedScan* out)
+void binScan(const QList<QPointF>& points, double binsPerMz, Eigen::Index rowCount, BinnedScan* out)
 {
-    Error e;
-    Eigen::VectorXd mzs;
-    Eigen::VectorXd intensities;
-    ZEL_RETURN_IF_ERROR(EigenUtilities::point2dListToEigenVector(points, &mzs, &intensities));
     out->rows.clear();
     out->values.clear();
     const auto rowEnd = static_cast<double>(rowCount);
-    for (Eigen::Index i = 0; i < mzs.size(); ++i) {
-        const double product = mzs[i] * binsPerMz;
-        const double intensity = intensities[i];
+    for (const QPointF& point : points) {
+        const double product = static_cast<double>(static_cast<float>(point.x())) * binsPerMz;
+        const double intensity = static_cast<float>(point.y());
         if (!(std::abs(intensity) > kZeroIntensity) || !std::isfinite(intensity) ||
             !(product > -1.0 && product < rowEnd)) {
             continue;
@@ -34,7 +26,6 @@ Error binScan(const QList<QPointF>& points,
             out->values.back() = intensity;
         }
     }
-    return kNoError;
 }
 
 FrameColumns::FrameColumns(Eigen::Index rows, Eigen::Index columns)

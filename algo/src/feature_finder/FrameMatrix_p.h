@@ -1,7 +1,6 @@
 #pragma once
 
 #include "common/core_mini/src/algo/FeatureFinderUtilities.h"
-#include "common/stable/Error.h"
 #include "common/stable/MathUtils.h"
 
 #include <Eigen/SparseCore>
@@ -34,10 +33,10 @@ struct BinnedScan
 /// Cuts the m/z of a scan to bins: the bin is the whole part of m/z * binsPerMz. Values are rounded
 /// to single precision first. Points without a finite intensity above zero in magnitude, and those
 /// outside the rows, are left out; of several in one bin the last is kept.
-Error binScan(const QList<QPointF>& points,
-              double binsPerMz,
-              Eigen::Index rowCount,
-              BinnedScan* out);
+void binScan(const QList<QPointF>& points,
+             double binsPerMz,
+             Eigen::Index rowCount,
+             BinnedScan* out);
 
 /// Lays columns into a sparse matrix, in ascending order. Of several that go to one place the last
 /// counts.

@@ -17,9 +17,9 @@ namespace {
 /// (Knuth, The Art of Computer Programming 3, 6.4).
 constexpr std::uint32_t kHashFactor = 2654435769U;
 
+/// Slots for each cell after a rebuild; half of them are used before the next one.
+constexpr std::size_t kSlotsPerCell = 4;
 constexpr std::size_t kFewestSlots = 16;
-
-constexpr unsigned kFrameCountMask = 0x3FFFFFFF;
 
 /// The list of strong cells starts with this many times the cells that are wanted of it, and is
 /// made anew when it has grown to as many again.
@@ -69,89 +69,98 @@ std::size_t FrameSum::Column::slotOf(int row) const
 }
 
 /// The index of the cell of a row; made when there is none.
-std::size_t FrameSum::Column::cellAt(int row)
+int FrameSum::Column::cellAt(int row)
 {
-    if (2 * (m_cells.size() + 1) > m_slots.size()) {
-        rebuild(std::max(kFewestSlots, 2 * m_slots.size()));
+    if (2 * (m_usedSlotCount + 1) > m_slots.size()) {
+        rebuild();
     }
-    const std::size_t slot = slotOf(row);
-    if (m_slots[slot] < 0) {
-        m_slots[slot] = static_cast<int>(m_cells.size());
-        m_cells.push_back({row, 0, 0, 0, 0.0});
-        ++m_deadCount;
+    int& index = m_slots[slotOf(row)];
+    if (index < 0) {
+        index = newCell(row);
+        ++m_usedSlotCount;
     }
-    return static_cast<std::size_t>(m_slots[slot]);
+    return index;
+}
+
+int FrameSum::Column::newCell(int row)
+{
+    while (!m_free.empty()) {
+        const int index = m_free.back();
+        m_free.pop_back();
+        Cell& cell = m_cells[static_cast<std::size_t>(index)];
+        cell.isFree = 0;
+        if (cell.frameCount == 0) { // else its own row has come back meanwhile
+            cell.row = row;
+            return index;
+        }
+    }
+    m_cells.push_back({row, 0, 0, 0, 0, 0.0});
+    return static_cast<int>(m_cells.size()) - 1;
 }
 
 /// Counts and lists a cell after its sum has changed.
-void FrameSum::Column::countIn(std::size_t index, double sumBefore, Census* census)
+void FrameSum::Column::countIn(int index, double sumBefore, Census* census)
 {
-    Cell& cell = m_cells[index];
+    Cell& cell = m_cells[static_cast<std::size_t>(index)];
     census->positiveCount += (cell.sum > 0.0 ? 1 : 0) - (sumBefore > 0.0 ? 1 : 0);
     if (cell.sum > census->strongBound && cell.isListed == 0) {
         cell.isListed = 1;
-        m_strong.push_back(static_cast<int>(index));
+        m_strong.push_back(index);
     }
 }
 
-void FrameSum::Column::add(const StoredEntries& entries, Census* census)
+void FrameSum::Column::add(const StoredEntries& entries, int* cells, Census* census)
 {
     for (std::size_t i = 0; i < entries.size(); ++i) {
-        const std::size_t index = cellAt(entries.indices[i]);
-        Cell& cell = m_cells[index];
+        const int index = cellAt(entries.indices[i]);
+        Cell& cell = m_cells[static_cast<std::size_t>(index)];
         const double before = cell.sum;
-        m_deadCount -= cell.frameCount == 0 ? 1 : 0;
         cell.add(entries.values[i]);
         countIn(index, before, census);
+        cells[i] = index;
     }
 }
 
 template <typename SumAnew>
-void FrameSum::Column::subtract(const StoredEntries& entries, Census* census, SumAnew sumAnew)
+void FrameSum::Column::subtract(const StoredEntries& entries,
+                                const int* cells,
+                                Census* census,
+                                SumAnew sumAnew)
 {
-    for (std::size_t i = 0; i < entries.size() && !m_slots.empty(); ++i) {
-        const int index = m_slots[slotOf(entries.indices[i])];
-        if (index < 0) {
-            continue; // the frame was never added
-        }
-        Cell& cell = m_cells[static_cast<std::size_t>(index)];
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        Cell& cell = m_cells[static_cast<std::size_t>(cells[i])];
         const double before = cell.sum;
-        const unsigned isListed = cell.isListed;
         cell.sum -= entries.values[i];
         --cell.frameCount;
         if (cell.frameCount == 0) {
-            cell = {cell.row, 0, 0, 0, 0.0};
-            ++m_deadCount;
-        } else if (cell.isRounded != 0 || !isExactSum(cell.sum, entries.values[i], before)) {
-            cell = sumAnew(cell.row);
-        }
-        cell.isListed = isListed & 1U;
-        countIn(static_cast<std::size_t>(index), before, census);
-    }
-    removeDeadCells();
-}
-
-void FrameSum::Column::removeDeadCells()
-{
-    if (2 * m_deadCount > m_cells.size()) {
-        std::erase_if(m_cells, [](const Cell& cell) { return cell.frameCount == 0; });
-        m_deadCount = 0;
-        rebuild(std::max(kFewestSlots, std::bit_ceil(2 * m_cells.size() + 2)));
-        m_strong.clear();
-        for (std::size_t i = 0; i < m_cells.size(); ++i) {
-            if (m_cells[i].isListed != 0) {
-                m_strong.push_back(static_cast<int>(i));
+            cell.sum = 0.0;
+            cell.isRounded = 0;
+            if (cell.isFree == 0) {
+                cell.isFree = 1;
+                m_free.push_back(cells[i]);
             }
+        } else if (cell.isRounded != 0 || !isExactSum(cell.sum, entries.values[i], before)) {
+            const Cell anew = sumAnew(cell.row);
+            cell.sum = anew.sum;
+            cell.isRounded = anew.isRounded & 1U;
         }
+        countIn(cells[i], before, census);
     }
 }
 
-void FrameSum::Column::rebuild(std::size_t slotCount)
+/// Makes the slots anew, of the cells that have frames alone.
+void FrameSum::Column::rebuild()
 {
+    m_usedSlotCount = static_cast<std::size_t>(std::count_if(
+        m_cells.begin(), m_cells.end(), [](const Cell& cell) { return cell.frameCount > 0; }));
+    const std::size_t slotCount =
+        std::max(kFewestSlots, std::bit_ceil(kSlotsPerCell * m_usedSlotCount));
     m_slots.assign(slotCount, -1);
     m_shift = 32 - static_cast<int>(std::bit_width(slotCount - 1));
     for (std::size_t i = 0; i < m_cells.size(); ++i) {
-        m_slots[slotOf(m_cells[i].row)] = static_cast<int>(i);
+        if (m_cells[i].frameCount > 0) {
+            m_slots[slotOf(m_cells[i].row)] = static_cast<int>(i);
+        }
     }
 }
 
@@ -183,34 +192,49 @@ void FrameSum::Column::forEachStrong(double strongBound, Use use)
 void FrameSum::reset(int rows, int columns)
 {
     m_rows = rows;
+    m_frames.clear();
     m_columns.assign(static_cast<std::size_t>(columns), Column());
     m_census = Census();
 }
 
-void FrameSum::add(const Matrix& frame)
+/// Takes a frame into the window.
+void FrameSum::takeOver(Matrix* frame)
 {
+    m_frames.emplace_back().entries.swap(*frame);
+    m_frames.back().cells.resize(static_cast<std::size_t>(m_frames.back().entries.nonZeros()));
+}
+
+void FrameSum::append(Matrix* frame)
+{
+    takeOver(frame);
     for (std::size_t i = 0; i < m_columns.size(); ++i) {
-        m_columns[i].add(storedEntries(frame, static_cast<Eigen::Index>(i)), &m_census);
+        const auto column = static_cast<Eigen::Index>(i);
+        m_columns[i].add(
+            m_frames.back().entriesOf(column), m_frames.back().cellsOf(column), &m_census);
     }
 }
 
-void FrameSum::replaceFirstByLast(const std::deque<Matrix>& frames)
+void FrameSum::slide(Matrix* frame)
 {
+    takeOver(frame);
     for (std::size_t i = 0; i < m_columns.size(); ++i) { // both while the column is at hand
         const auto column = static_cast<Eigen::Index>(i);
-        const auto sumAnew = [&frames, column](int row) {
-            Cell cell = {row, 0, 0, 0, 0.0};
-            for (auto frame = frames.begin() + 1; frame != frames.end() - 1; ++frame) {
-                const double value = storedEntries(*frame, column).valueAt(row);
+        const auto sumAnew = [this, column](int row) {
+            Cell cell = {row, 0, 0, 0, 0, 0.0};
+            for (auto stays = m_frames.begin() + 1; stays != m_frames.end() - 1; ++stays) {
+                const double value = stays->entriesOf(column).valueAt(row);
                 if (value != 0.0) { // zeros are not stored
                     cell.add(value);
                 }
             }
             return cell;
         };
-        m_columns[i].subtract(storedEntries(frames.front(), column), &m_census, sumAnew);
-        m_columns[i].add(storedEntries(frames.back(), column), &m_census);
+        Frame& oldest = m_frames.front();
+        Frame& newest = m_frames.back();
+        m_columns[i].subtract(oldest.entriesOf(column), oldest.cellsOf(column), &m_census, sumAnew);
+        m_columns[i].add(newest.entriesOf(column), newest.cellsOf(column), &m_census);
     }
+    m_frames.pop_front();
 }
 
 std::vector<double> FrameSum::positiveSums() const
