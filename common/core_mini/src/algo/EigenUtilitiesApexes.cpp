@@ -140,6 +140,12 @@ private:
     std::vector<MatrixApexIndex> m_open;
 };
 
+/// Both hold; without a branch to mispredict, which && would be.
+bool both(bool a, bool b)
+{
+    return (static_cast<int>(a) & static_cast<int>(b)) != 0;
+}
+
 /// The places among the entries of a column of those above zero that have no higher neighbour in
 /// the column. Only these few, of a smooth signal, are worth a look at the columns beside it.
 void findCandidates(const StoredEntries& column, std::vector<std::size_t>& candidates)
@@ -151,11 +157,11 @@ void findCandidates(const StoredEntries& column, std::vector<std::size_t>& candi
         const int row = column.indices[i];
         const std::size_t before = i - (i > 0 ? 1 : 0);
         const std::size_t behind = i + (i + 1 < column.size() ? 1 : 0);
-        const bool isBelow = (column.values[before] > value) & (column.indices[before] == row - 1);
-        const bool isAbove = (column.values[behind] > value) & (column.indices[behind] == row + 1);
+        const bool isBelow = both(column.values[before] > value, column.indices[before] == row - 1);
+        const bool isAbove = both(column.values[behind] > value, column.indices[behind] == row + 1);
         // Written always and kept or not: no branch to mispredict.
         candidates[count] = i;
-        count += (value > kZeroTolerance) & !isBelow & !isAbove ? 1 : 0;
+        count += both(value > kZeroTolerance, both(!isBelow, !isAbove)) ? 1 : 0;
     }
     candidates.resize(count);
 }
