@@ -2,6 +2,7 @@
 
 #include "common/stable/MathUtils.h"
 #include "common/stable/NumberText.h"
+#include "common/stable/PlotStretch_p.h"
 
 #include <QDebug>
 #include <QFile>
@@ -24,7 +25,7 @@ bool lowerY(const QPointF& a, const QPointF& b)
     return a.y() < b.y();
 }
 
-using PointIterator = QList<QPointF>::const_iterator;
+using PointIterator = PlotStretch::PointIterator;
 
 /// The first point that does not lie before a place on the x axis. Starts where `x` would be among
 /// evenly spaced points and gallops from there (Bentley & Yao 1976,
@@ -81,13 +82,6 @@ std::pair<PointIterator, PointIterator> pointsInRange(const QList<QPointF>& poin
 {
     const PointIterator first = lowerBound(points, start);
     return {first, std::max(first, upperBound(points, end))};
-}
-
-/// y at `x` of the line through two points with a.x <= x <= b.x; of two points at one x the second
-/// counts.
-double interpolate(const QPointF& a, const QPointF& b, double x)
-{
-    return a.x() == b.x() ? b.y() : a.y() + (b.y() - a.y()) * ((x - a.x()) / (b.x() - a.x()));
 }
 
 /// True when the line from `a` to `b` crosses or touches the height `y`.
@@ -293,17 +287,7 @@ double PlotBase::evaluate(double x, int order, int beyond) const
     if (m_points.isEmpty() || std::isnan(x)) {
         return 0.0;
     }
-    const QPointF& firstPoint = m_points.constFirst();
-    const QPointF& lastPoint = m_points.constLast();
-    if (x < firstPoint.x()) {
-        return beyond == 1 || MathUtils::nearlyEqual(x, firstPoint.x()) ? firstPoint.y() : 0.0;
-    }
-    if (x > lastPoint.x()) {
-        return beyond == 1 || MathUtils::nearlyEqual(x, lastPoint.x()) ? lastPoint.y() : 0.0;
-    }
-    const auto right = upperBound(m_points, x);
-    const auto left = right - 1;
-    return order == 0 || right == m_points.cend() ? left->y() : interpolate(*left, *right, x);
+    return PlotStretch::heightAt(m_points, x, upperBound(m_points, x), order, beyond);
 }
 
 double PlotBase::computeAreaNoUnitConversion(double start,
@@ -315,32 +299,7 @@ double PlotBase::computeAreaNoUnitConversion(double start,
         return 0.0;
     }
     const auto [first, last] = pointsInRange(m_points, start, end);
-    double area = 0.0;
-    const auto addSegment = [&area](const QPointF& a, const QPointF& b) {
-        area += (b.x() - a.x()) * (a.y() + b.y()) * 0.5;
-    };
-    const auto cut = [](const QPointF& a, const QPointF& b, double x) {
-        return QPointF(x, interpolate(a, b, x));
-    };
-
-    const bool hasPointBefore = first != m_points.cbegin();
-    const bool hasPointBehind = last != m_points.cend();
-    if (first == last) { // the range lies between two neighbouring points, or outside the plot
-        if (cutAtLimits && hasPointBefore && hasPointBehind) {
-            addSegment(cut(*(first - 1), *first, start), cut(*(first - 1), *first, end));
-        }
-        return area;
-    }
-    if (cutAtLimits && hasPointBefore) {
-        addSegment(cut(*(first - 1), *first, start), *first);
-    }
-    for (auto point = first; point + 1 != last; ++point) {
-        addSegment(*point, *(point + 1));
-    }
-    if (cutAtLimits && hasPointBehind) {
-        addSegment(*(last - 1), cut(*(last - 1), *last, end));
-    }
-    return area;
+    return PlotStretch{start, end, first, last}.area(m_points, cutAtLimits);
 }
 
 double PlotBase::computeAreaSecondsUnit(double start, double end, ComputeAreaMethod method) const

@@ -4,6 +4,8 @@
 #include "common/ms_types/MsDataSourceInterface.h"
 #include "common/stable/Logging.h"
 #include "common/stable/PhysicalConstants.h"
+#include "common/stable/PlotStretch_p.h"
+#include "common/stable/WideRegisters_p.h"
 #include "ms_feature/MsFeatureFinderBase_p.h"
 #include "ms_feature/MsFeatureFinderStage1.h"
 
@@ -50,21 +52,16 @@ Xics bulkXics(MsDataSourceInterface* reader,
     return std::move(xics.value());
 }
 
-/// The mean height of the plot around `x`, `width` wide. It is held between the lowest and the
-/// highest height there, so that a flat stretch stays exactly flat in spite of rounding.
-double meanHeight(const PlotBase& plot, double x, double width)
+/// The mean height of a stretch `width` wide. It is held between the lowest and the highest height
+/// there, so that a flat stretch stays exactly flat in spite of rounding.
+double meanHeight(const PlotWalk& walk, double width)
 {
-    const double start = x - width / 2;
-    const double end = x + width / 2;
-    const double area = plot.computeAreaNoUnitConversion(start, end, true, ComputeAreaTrapezoid);
-    const double atStart = plot.evaluate(start, 1, 0);
-    const double atEnd = plot.evaluate(end, 1, 0);
-    QPointF lowest(x, atStart);
-    QPointF highest(x, atStart);
-    plot.getMinMaxPoints_slow(start, end, &lowest, &highest);
-    return std::clamp(area / width,
-                      std::min({lowest.y(), atStart, atEnd}),
-                      std::max({highest.y(), atStart, atEnd}));
+    auto [lowest, highest] = std::minmax({walk.heightAtStart(), walk.heightAtEnd()});
+    for (auto point = walk.stretch().first; point != walk.stretch().last; ++point) {
+        lowest = std::min(lowest, point->y());
+        highest = std::max(highest, point->y());
+    }
+    return std::clamp(walk.area() / width, lowest, highest);
 }
 
 bool isDeamidationDelta(const QString& item)
@@ -227,6 +224,7 @@ std::optional<Ms1Feature> MsFeatureFinderBase::featureOf(const QString& key,
     if (points.isEmpty() || psms->isEmpty()) {
         return std::nullopt;
     }
+    releaseWideRegisters(); // the caller has just looked up a hash
     PlotBase plot;
     plot.setPointList(points, nullptr);
     setReferencePsms(*psms);
@@ -279,9 +277,11 @@ Error MsFeatureFinderBase::resamplePlot(
     }
     out->clear();
     out->reserve(sampleCount);
+    PlotWalk walk(points);
     for (int i = 0; i < sampleCount; ++i) {
         const double x = (i + 0.5) * step + first;
-        out->append(QPointF(x, meanHeight(plot, x, step)));
+        walk.goTo(x - step / 2, x + step / 2);
+        out->append(QPointF(x, meanHeight(walk, step)));
     }
     return kNoError;
 }

@@ -9,17 +9,36 @@ namespace zel::segmentation {
 
 namespace {
 
-/// The height of a Gaussian of area 1 at `offset`, with the width `below` for offsets up to 0 and
-/// `above` for positive ones; a single sample of height 1 for a width of 0 or less.
-double gaussian(double offset, double below, double above)
+/// A Gaussian of area 1 with the width `below` for offsets up to 0 and `above` for positive ones; a
+/// single sample of height 1 for a width of 0 or less.
+class Gaussian
 {
-    if (!(below > 0.0)) {
-        constexpr double zeroOffset = 1e-12;
-        return std::abs(offset) <= zeroOffset ? 1.0 : 0.0;
+public:
+    Gaussian(double below, double above)
+        : m_isSample(!(below > 0.0))
+        , m_varianceBelow(below * below)
+        , m_varianceAbove(above * above)
+        , m_divisorBelow(std::sqrt(m_varianceBelow * std::numbers::pi))
+        , m_divisorAbove(std::sqrt(m_varianceAbove * std::numbers::pi))
+    {}
+
+    double at(int offset) const
+    {
+        if (m_isSample) {
+            return offset == 0 ? 1.0 : 0.0;
+        }
+        const double d = offset;
+        return offset <= 0 ? std::exp(-(d * d) / m_varianceBelow) / m_divisorBelow
+                           : std::exp(-(d * d) / m_varianceAbove) / m_divisorAbove;
     }
-    const double variance = offset <= 0.0 ? below * below : above * above;
-    return std::exp(-(offset * offset) / variance) / std::sqrt(variance * std::numbers::pi);
-}
+
+private:
+    bool m_isSample;
+    double m_varianceBelow;
+    double m_varianceAbove;
+    double m_divisorBelow;
+    double m_divisorAbove;
+};
 
 /// How many taps lie on each side of the middle one.
 int kernelHalfWidth(double sigma)
@@ -40,11 +59,14 @@ std::vector<double> buildSmoothingKernel(double sigmaA,
     const auto [narrow, wide] = std::minmax(sigmaA, sigmaB);
     const double share = depth >= 1.0 ? greatestDepth : depth;
     const int halfWidth = kernelHalfWidth(wide);
-    std::vector<double> taps;
-    taps.reserve(2 * static_cast<std::size_t>(halfWidth) + 1);
-    for (int offset = -halfWidth; offset <= halfWidth; ++offset) {
-        taps.push_back(gaussian(offset, narrow, narrow * asymmetry) -
-                       share * gaussian(offset, wide, wide * asymmetry));
+    const Gaussian peak(narrow, narrow * asymmetry);
+    const Gaussian trough(wide, wide * asymmetry);
+    const auto tapAt = [&](int offset) { return peak.at(offset) - share * trough.at(offset); };
+    std::vector<double> taps(2 * static_cast<std::size_t>(halfWidth) + 1);
+    const auto middle = taps.begin() + halfWidth;
+    for (int offset = 0; offset <= halfWidth; ++offset) {
+        middle[-offset] = tapAt(-offset);
+        middle[offset] = asymmetry == 1.0 ? middle[-offset] : tapAt(offset);
     }
     const double sum = std::accumulate(taps.begin(), taps.end(), 0.0);
     if (sum != 0.0) {
