@@ -24,9 +24,7 @@ double cosineOf(const IsotopeLattice& lattice, const QList<double>& pattern, int
     while (pattern[last] < kLeastShare * highest) {
         --last;
     }
-    double product = 0.0;
-    double observedSquare = 0.0;
-    double theorySquare = 0.0;
+    CosineSum sum;
     bool hasNeighbour = false;
     for (int isotope = -1; isotope <= last; ++isotope) {
         const int step = isotope - offset;
@@ -34,12 +32,10 @@ double cosineOf(const IsotopeLattice& lattice, const QList<double>& pattern, int
             const double observed = lattice.greatestAt(step);
             const double theory = isotope < 0 ? 0.0 : pattern[isotope];
             hasNeighbour = hasNeighbour || (step != 0 && isotope >= 0 && observed > 0.0);
-            product += observed * theory;
-            observedSquare += observed * observed;
-            theorySquare += theory * theory;
+            sum.add(observed, theory);
         }
     }
-    return hasNeighbour ? product / std::sqrt(observedSquare * theorySquare) : 0.0;
+    return hasNeighbour ? sum.cosine() : 0.0;
 }
 
 } // namespace

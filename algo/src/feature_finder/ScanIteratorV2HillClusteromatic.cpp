@@ -130,6 +130,7 @@ struct ScanIteratorV2HillClusteromatic::Cluster
 Error ScanIteratorV2HillClusteromatic::init(const SettableFeatureFinderParameters& params)
 {
     Error e;
+    m_isInit = false;
     m_params = params;
     ZEL_RETURN_IF_ERROR(m_chargeDeterminator.init(params.networkFilePath));
     ZEL_RETURN_IF_ERROR(m_monoisotopeDeterminator.init(params.networkFilePath));

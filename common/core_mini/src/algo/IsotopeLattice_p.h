@@ -62,4 +62,27 @@ private:
     double m_toleranceBins;
 };
 
+/// The cosine of two series of heights, pair by pair; 0 when one of them holds nothing but 0.
+class CosineSum
+{
+public:
+    void add(double observed, double theory)
+    {
+        m_product += observed * theory;
+        m_observedSquare += observed * observed;
+        m_theorySquare += theory * theory;
+    }
+
+    double cosine() const
+    {
+        const double norm = std::sqrt(m_observedSquare * m_theorySquare);
+        return norm > 0.0 ? m_product / norm : 0.0;
+    }
+
+private:
+    double m_product = 0.0;
+    double m_observedSquare = 0.0;
+    double m_theorySquare = 0.0;
+};
+
 } // namespace zel

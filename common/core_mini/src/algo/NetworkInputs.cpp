@@ -86,23 +86,17 @@ double cosine(const StepHeights& heights, const Pattern& pattern, int offset)
     while (last > 0 && pattern[static_cast<std::size_t>(last)] < leastShare) {
         --last;
     }
-    double product = 0.0;
-    double heightSquare = 0.0;
-    double patternSquare = 0.0;
+    CosineSum sum;
     for (int isotope = -1; isotope <= last; ++isotope) {
         const int index = isotope - offset - kFirstOffsetStep;
         if (index < 0 || index >= kOffsetStepCount ||
             heights[static_cast<std::size_t>(index)] == kBeyondSlice) {
             continue;
         }
-        const double height = heights[static_cast<std::size_t>(index)];
-        const double theory = isotope < 0 ? 0.0 : pattern[static_cast<std::size_t>(isotope)];
-        product += height * theory;
-        heightSquare += height * height;
-        patternSquare += theory * theory;
+        sum.add(heights[static_cast<std::size_t>(index)],
+                isotope < 0 ? 0.0 : pattern[static_cast<std::size_t>(isotope)]);
     }
-    const double norm = std::sqrt(heightSquare * patternSquare);
-    return norm > 0.0 ? product / norm : 0.0;
+    return sum.cosine();
 }
 
 /// Fills a vector from its front.

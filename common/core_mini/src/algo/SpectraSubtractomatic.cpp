@@ -111,16 +111,11 @@ std::size_t countingSlots(const std::vector<IsotopeSlot>& slots)
 
 double cosineOf(std::span<const IsotopeSlot> slots)
 {
-    double product = 0.0;
-    double observedSquare = 0.0;
-    double theorySquare = 0.0;
+    CosineSum sum;
     for (const IsotopeSlot& slot : slots) {
-        product += slot.observed * slot.theory;
-        observedSquare += slot.observed * slot.observed;
-        theorySquare += slot.theory * slot.theory;
+        sum.add(slot.observed, slot.theory);
     }
-    const double norm = std::sqrt(observedSquare) * std::sqrt(theorySquare);
-    return norm > 0.0 ? product / norm : 0.0;
+    return sum.cosine();
 }
 
 int foundIsotopeCount(std::span<const IsotopeSlot> slots, double scale)
