@@ -144,6 +144,7 @@ private:
 /// the column. Only these few, of a smooth signal, are worth a look at the columns beside it.
 void findCandidates(const StoredEntries& column, std::vector<std::size_t>& candidates)
 {
+    const auto one = [](bool condition) { return condition ? 1 : 0; };
     candidates.resize(column.size());
     std::size_t count = 0;
     for (std::size_t i = 0; i < column.size(); ++i) {
@@ -151,11 +152,13 @@ void findCandidates(const StoredEntries& column, std::vector<std::size_t>& candi
         const int row = column.indices[i];
         const std::size_t before = i - (i > 0 ? 1 : 0);
         const std::size_t behind = i + (i + 1 < column.size() ? 1 : 0);
-        const bool isBelow = (column.values[before] > value) & (column.indices[before] == row - 1);
-        const bool isAbove = (column.values[behind] > value) & (column.indices[behind] == row + 1);
-        // Written always and kept or not: no branch to mispredict.
+        // Written always and kept or not, and all by arithmetic: no branch to mispredict.
+        const int below =
+            one(column.values[before] > value) * one(column.indices[before] == row - 1);
+        const int above =
+            one(column.values[behind] > value) * one(column.indices[behind] == row + 1);
         candidates[count] = i;
-        count += (value > kZeroTolerance) & !isBelow & !isAbove ? 1 : 0;
+        count += static_cast<std::size_t>(one(value > kZeroTolerance) * (1 - below) * (1 - above));
     }
     candidates.resize(count);
 }
