@@ -1,11 +1,14 @@
 // Writes one folder of valid inputs for each fuzz target below the folder that is given.
 
+#include "common/core_mini/src/algo/NetworkInputs_p.h"
 #include "tools/sources/InMemoryDataSource.h"
 #include "turbo/TurboXic.h"
 
 #include <QDataStream>
 #include <QDir>
 #include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 
 #include <cstdio>
 
@@ -38,9 +41,31 @@ bool writeCacheSeed(const QString& path, const QList<QList<QPointF>>& spectra)
            !index.save(path).hasError();
 }
 
+/// A file of one network with two small layers, without its checksum.
+QByteArray tinyNetworkFile()
+{
+    const QByteArray header =
+        QJsonDocument(
+            QJsonObject{{QStringLiteral("layout"), zel::networkinputs::layout()},
+                        {QStringLiteral("networks"),
+                         QJsonArray{QJsonObject{{QStringLiteral("name"), QStringLiteral("charge")},
+                                                {QStringLiteral("layers"), 2}}}}})
+            .toJson(QJsonDocument::Compact);
+    QByteArray content = "ZELNET\r\n";
+    const auto append = [&content](auto... numbers) {
+        (content.append(reinterpret_cast<const char*>(&numbers), sizeof(numbers)), ...);
+    };
+    append(1U, static_cast<quint32>(header.size()));
+    content += header;
+    append(2U, 1U, 1U, 0.5F, -1.0F, 0.25F); // two inputs, one output, ReLU; weights and bias
+    append(1U, 1U, 0U, 2.0F, 0.0F);
+    return content;
+}
+
 bool writeSeeds(const QString& folder)
 {
-    for (const char* const target : {"turboxiccache", "turboxicsettings", "formula"}) {
+    for (const char* const target :
+         {"turboxiccache", "turboxicsettings", "formula", "networkfile"}) {
         if (!QDir(folder).mkpath(QString::fromLatin1(target))) {
             return false;
         }
@@ -53,7 +78,8 @@ bool writeSeeds(const QString& folder)
            writeCacheSeed(folder + QStringLiteral("/turboxiccache/last"), {{}, {}, peaks}) &&
            writeFile(folder + QStringLiteral("/turboxicsettings/default"), settings) &&
            writeFile(folder + QStringLiteral("/formula/glucose"), "C6H12O6") &&
-           writeFile(folder + QStringLiteral("/formula/deamidation"), "N(-1)H(-1)O(1)");
+           writeFile(folder + QStringLiteral("/formula/deamidation"), "N(-1)H(-1)O(1)") &&
+           writeFile(folder + QStringLiteral("/networkfile/tiny"), tinyNetworkFile());
 }
 
 } // namespace

@@ -12,7 +12,7 @@ cmake --preset fuzz
 cmake --build --preset fuzz
 corpus=build/fuzz/corpus
 build/fuzz/bin/fuzz_seeds "$corpus"
-for target in turboxiccache turboxicsettings formula; do
+for target in turboxiccache turboxicsettings formula networkfile; do
     echo "Fuzzing $target for $fuzz_seconds s"
     (cd build/fuzz && "bin/fuzz_$target" -max_total_time="$fuzz_seconds" -print_final_stats=1 -verbosity=0 "corpus/$target")
 done

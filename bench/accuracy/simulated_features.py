@@ -5,17 +5,18 @@ Goals: 95 % of the ions that are there to be found are found, with their charge,
 their true limits of retention and mobility; at most 5 % of the reported features match no true ion.
 
 An ion is there to be found when at least three of its isotopes stand above the noise, the lowest intensity that the
-simulated instrument records, in at least as many consecutive scans as a hill must have. In a mobility run a frame counts
+simulated instrument records (of a profile peak: its highest point), in at least as many consecutive scans as a hill must have. In a mobility run a frame counts
 when the isotope does so in at least as many of its mobility scans as a hill must have there. Both follow from the truth:
 amount, isotope pattern, elution and mobility profile.
 
-usage: simulated_features.py ZEL [--work DIR] [--only NAME] [--misses] [-- OPTION...]   (options of zel features)
+usage: simulated_features.py ZEL [--work DIR] [--only NAME] [--misses] [--with "OPTIONS of zel features"]
 """
 import argparse
 import bisect
 import csv
 import math
 import os
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -30,7 +31,7 @@ MIN_INTENSITY = 5000.0
 RUNS = {
     "lc-ms 30 min, 500 peptides": (["--seed", "11"], 5, 0),
     "lc-ms 30 min, 5,000 peptides": (["--seed", "12", "--peptides", "5000"], 5, 0),
-    "lc-ms profile, 500 peptides": (["--seed", "13", "--profile"], 5, 0),
+    "lc-ms profile, 500 peptides": (["--seed", "13", "--profile", "--resolving-power", "120000"], 5, 0),
     "mobility 8 min, 300 peptides": (
         ["--seed", "14", "--minutes", "8", "--drift", "0.1", "--peptides", "300", "--mobility-scans", "500",
          "--time-of-flight", "--resolving-power", "40000", "--mz-noise", "3", "--stray-peaks", "2000"], 3, 7),
@@ -68,11 +69,13 @@ def width_at(shape, fraction):
 class Visibility:
     """Tells which ions are there to be found."""
 
-    def __init__(self, scans, mobility_scans, scan_seconds, mobility_sigma_scans):
+    def __init__(self, scans, mobility_scans, scan_seconds, mobility_sigma_scans, is_profile):
         self.scans = scans
         self.mobility_scans = mobility_scans
         self.scan_seconds = scan_seconds
         self.sigma_scans = mobility_sigma_scans
+        # Of a profile peak, five points at half height, this share is in the point at its apex.
+        self.apex_share = 2.0 * math.sqrt(math.log(2.0) / math.pi) / 5.0 if is_profile else 1.0
         self.shape = elution(PEAK_SIGMA, PEAK_TAIL)
         self.widths = {}
         self.full_width = width_at(self.shape, 0.01)
@@ -88,7 +91,7 @@ class Visibility:
         factor = (ion["rt_end"] - ion["rt_start"]) * 60.0 / self.full_width
         count = 0
         for share in ion["isotopes"]:
-            intensity = ion["apex_intensity"] * share
+            intensity = ion["apex_intensity"] * share * self.apex_share
             if self.mobility_scans:
                 intensity /= self.sigma_scans * math.sqrt(2.0 * math.pi)  # at the apex of mobility
                 half = (self.mobility_scans - 1) / 2.0 / self.sigma_scans
@@ -231,11 +234,11 @@ def run(zel, work, name, options, show_misses):
     if mobility_scans:
         count = int(simulate_options[simulate_options.index("--mobility-scans") + 1])
         sigma_scans = 0.01 * (count - 1)  # of a range of 1 V s/cm2
-    visibility = Visibility(scans, mobility_scans, 1.0, sigma_scans)
-    isGood = evaluate(name, base + ".truth.tsv", base + ".features.tsv", visibility, show_misses)
+    visibility = Visibility(scans, mobility_scans, 1.0, sigma_scans, "--profile" in simulate_options)
+    is_good = evaluate(name, base + ".truth.tsv", base + ".features.tsv", visibility, show_misses)
     if show_misses:
         print("  " + tool.stdout.strip().split(": ", 1)[1])
-    return isGood
+    return is_good
 
 
 def main():
@@ -244,7 +247,7 @@ def main():
     parser.add_argument("--work", help="folder for runs and results, kept; one that is removed if not given")
     parser.add_argument("--only", default="", help="the runs whose names hold this text")
     parser.add_argument("--misses", action="store_true", help="tell what is wrong")
-    parser.add_argument("options", nargs="*", help="options of zel features, after --")
+    parser.add_argument("--with", dest="options", default="", type=shlex.split, help="options of zel features")
     arguments = parser.parse_args()
     print("run\tions\tto be found\tfound %\treported\tfalse %\tmass error ppm\tits spread\tgoals met")
     with tempfile.TemporaryDirectory() as temporary:

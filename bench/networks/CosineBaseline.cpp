@@ -49,12 +49,12 @@ CosineMatch bestCosineMatch(const Eigen::SparseVector<double>& slice, double mz,
     CosineMatch best;
     best.charge = charge;
     QList<double> pattern;
-    const double wanted = kTolerancePpm * 1e-6 * mz * g_immutableFeatureFinderParameters.clusterMzHashFactor;
+    const double wanted =
+        kTolerancePpm * 1e-6 * mz * g_immutableFeatureFinderParameters.clusterMzHashFactor;
     for (int z = charge == 0 ? 1 : charge; z <= (charge == 0 ? kGreatestCharge : charge); ++z) {
         const double spacing = IsotopeLattice::spacingBins(z);
-        const IsotopeLattice lattice(storedEntries(slice),
-                                     z,
-                                     std::clamp(wanted, kLeastToleranceBins, 0.18 * spacing));
+        const IsotopeLattice lattice(
+            storedEntries(slice), z, std::clamp(wanted, kLeastToleranceBins, 0.18 * spacing));
         for (int offset = 0; offset <= kGreatestOffset; ++offset) {
             const double massDa = molcalc::calculateUnchargedMassFromMzCharge(mz, z, offset);
             if (massDa < kLeastMassDa || !AveragineIsotopeModel::senko()

@@ -65,6 +65,15 @@ TEST_F(ZelToolTest, WritesTheChromatogramsOfTheLibraryDigitForDigit)
     EXPECT_TRUE(read(text("out.html")).contains("<svg"));
 }
 
+TEST_F(ZelToolTest, WritesIntoWhatIsNoFileInsteadOfReplacingIt)
+{
+    const QString run = writeRun(text("run.mzML"), smallRun(3));
+    const Outcome outcome =
+        zel({text("xic"), run, text("--mz"), text("400"), text("-o"), text("/dev/stdout")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+    EXPECT_EQ(outcome.output.count(QLatin1Char('\n')), 4);
+}
+
 TEST_F(ZelToolTest, TellsWhatARunHolds)
 {
     const QString run = writeRun(text("run.mzML"), smallRun());
@@ -177,6 +186,12 @@ const BadCall kBadCalls[] = {
      [](const QString& run, const QString&) { return xic(run, {text("--mz=-5")}); },
      2,
      "--mz"},
+    {"NotANumber",
+     [](const QString& run, const QString&) {
+         return xic(run, {text("--mz"), text("500"), text("--ppm"), text("nan")});
+     },
+     2,
+     "--ppm: nan is not a finite number"},
     {"MissingRun", onBadRun, 1, "bad"},
     {"EmptyRun", onBadRun, 1, "bad", "bad", ""},
     {"TextInsteadOfARun", onBadRun, 1, "bad", "bad", "this is no mzML file\n"},

@@ -2,6 +2,7 @@
 
 #include "common/stable/NumberText.h"
 
+#include <QFileInfo>
 #include <QSaveFile>
 
 namespace zel::simulate {
@@ -41,7 +42,8 @@ QByteArray row(const TrueIon& ion)
 Error writeTruth(const QString& path, const QList<TrueIon>& ions)
 {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
+    const QFileInfo info(path); // a QSaveFile would put a file in the place of a device
+    if ((info.exists() && !info.isFile()) || !file.open(QIODevice::WriteOnly)) {
         ZEL_RETURN_ERROR(
             kFileOpenError,
             QStringLiteral("File %1 cannot be written: %2").arg(path, file.errorString()));

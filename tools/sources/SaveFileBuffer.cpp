@@ -1,5 +1,7 @@
 #include "tools/sources/SaveFileBuffer.h"
 
+#include <QFileInfo>
+
 namespace zel::msreader {
 
 namespace {
@@ -37,7 +39,10 @@ bool SaveFileBuffer::open()
                                        kMemoryLevel,
                                        Z_DEFAULT_STRATEGY) == Z_OK;
     }
-    return m_isGzip == m_isCompressing && m_file.open(QIODevice::WriteOnly);
+    const QFileInfo info(
+        m_file.fileName()); // a QSaveFile would put a file in the place of a device
+    return m_isGzip == m_isCompressing && (info.isFile() || !info.exists()) &&
+           m_file.open(QIODevice::WriteOnly);
 }
 
 bool SaveFileBuffer::commit()

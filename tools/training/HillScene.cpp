@@ -1,10 +1,12 @@
 #include "tools/training/HillScene.h"
 
-#include "chemical_model/ChemicalFactory.h"
 #include "chemical_model/IsotopeDistribution.h"
 #include "chemical_model/Residues.h"
+#include "common/core_mini/src/algo/FeatureFinderUtilities.h"
+#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
 #include "common/stable/PhysicalConstants.h"
 #include "tools/simulate/PeptideSampling.h"
+#include "tools/simulate/RandomStream.h"
 
 #include <algorithm>
 #include <cmath>
@@ -36,12 +38,12 @@ bool chance(RandomStream& random, double probability)
 /// How a scene scatters its hills.
 struct Scatter
 {
-    double mzPpm = 0.0;         ///< standard deviation of the m/z of an intense hill
-    double intensity = 0.0;     ///< relative standard deviation, counting noise apart
-    double columns = 0.0;       ///< standard deviation of the apex of an intense hill
-    double floor = 0.0;         ///< hills below are not seen
-    double splitShare = 0.0;    ///< hills that noise cuts in two
-    double missingShare = 0.0;  ///< hills that are lost for other reasons
+    double mzPpm = 0.0;        ///< standard deviation of the m/z of an intense hill
+    double intensity = 0.0;    ///< relative standard deviation, counting noise apart
+    double columns = 0.0;      ///< standard deviation of the apex of an intense hill
+    double floor = 0.0;        ///< hills below are not seen
+    double splitShare = 0.0;   ///< hills that noise cuts in two
+    double missingShare = 0.0; ///< hills that are lost for other reasons
 };
 
 /// A peptide of about the wanted mass; one in ten carries a phosphate, a glycan or a biotin, which
@@ -166,7 +168,8 @@ void SceneBuilder::addCluster(double intensity)
         return;
     }
     cluster.mz = ionMz(cluster.massDa, cluster.charge, 0);
-    cluster.column = static_cast<int>(m_random.below(static_cast<std::uint64_t>(m_scene.columnCount)));
+    cluster.column =
+        static_cast<int>(m_random.below(static_cast<std::uint64_t>(m_scene.columnCount)));
     m_scene.clusters.push_back(cluster);
 
     // The true centroids of the isotopes of peptides stand a little closer than 13C alone would.
@@ -216,7 +219,8 @@ void SceneBuilder::addHill(SceneHill hill, double ionCount)
 
 void SceneBuilder::addNoise()
 {
-    const double perPiece = logUniform(m_random, 0.2, m_scene.kind == SceneKind::Scan ? 25.0 : 12.0);
+    const double perPiece =
+        logUniform(m_random, 0.2, m_scene.kind == SceneKind::Scan ? 40.0 : 12.0);
     const double count = m_random.poisson(perPiece * m_pieces);
     for (int i = 0; i < count; ++i) {
         SceneHill hill;
@@ -242,6 +246,22 @@ int SceneBuilder::columnNear(int column, double spread)
 HillScene drawScene(std::uint64_t seed, std::uint64_t number)
 {
     return SceneBuilder(seed, number).build();
+}
+
+HillsByCell strongestHills(const HillScene& scene)
+{
+    HillsByCell hills;
+    for (std::size_t i = 0; i < scene.hills.size(); ++i) {
+        const SceneHill& hill = scene.hills[i];
+        const int row = FeatureFinderUtilities::hashMz(
+            hill.mz, g_immutableFeatureFinderParameters.clusterMzHashFactor);
+        const auto [place, isNew] = hills.try_emplace({row, hill.column}, static_cast<int>(i));
+        if (!isNew &&
+            scene.hills[static_cast<std::size_t>(place->second)].intensity < hill.intensity) {
+            place->second = static_cast<int>(i);
+        }
+    }
+    return hills;
 }
 
 } // namespace zel::training

@@ -1,10 +1,8 @@
 #pragma once
 
-#include "feature_finder/ClusterFrame_p.h"
-#include "tools/simulate/RandomStream.h"
-
-#include <Eigen/SparseCore>
-
+#include <cstdint>
+#include <map>
+#include <utility>
 #include <vector>
 
 namespace zel::training {
@@ -51,5 +49,9 @@ struct HillScene
 /// Draws a scene: number of clusters, amount of noise, scatter and dynamic range differ from scene
 /// to scene. The same seed and number give the same scene.
 HillScene drawScene(std::uint64_t seed, std::uint64_t number);
+
+/// By row and column of the matrix of hills the number of the strongest hill there.
+using HillsByCell = std::map<std::pair<int, int>, int>;
+HillsByCell strongestHills(const HillScene& scene);
 
 } // namespace zel::training

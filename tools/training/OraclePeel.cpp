@@ -1,18 +1,37 @@
 #include "tools/training/OraclePeel.h"
 
 #include "common/core_mini/src/algo/FeatureFinderUtilities.h"
+#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
 #include "common/core_mini/src/algo/SettableFeatureFinderParameters.h"
 #include "common/core_mini/src/algo/SpectraSubtractomatic.h"
-#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
+#include "feature_finder/ClusterFrame_p.h"
+#include "tools/simulate/RandomStream.h"
 
+#include <cstdlib>
 #include <map>
 #include <set>
+#include <vector>
 
 namespace zel::training {
 
 namespace {
 
 constexpr const ImmutableFeatureFinderParameters& kFixed = g_immutableFeatureFinderParameters;
+
+/// A hill is there as long as this share of it is left.
+constexpr double kLeastLeftShare = 0.5;
+/// A hill interferes from this share of the peak on.
+constexpr double kInterferingShare = 0.05;
+/// Peaks without a cluster that are shown; the others are too many and too much alike.
+constexpr double kShownNothingShare = 0.2;
+
+/// What is simulated is valid input.
+void mustSucceed(const Error& e)
+{
+    if (e.hasError()) {
+        qFatal("%s", qPrintable(e.errorMessage()));
+    }
+}
 
 class Peeler
 {
@@ -23,17 +42,18 @@ public:
 private:
     const SceneHill& hillAt(const ClusterFrame::Point& point) const;
     Example exampleAt(const ClusterFrame::Point& point);
-    void lookAround(const ClusterFrame::Point& point, int cluster, Example* example) const;
+    /// Counts what of the cluster and of others is in the slice.
+    void lookAround(const ClusterFrame::Point& point, Example* example) const;
+
+    void takeOut(const Example& example, const ClusterFrame::Point& point, ClusterFrame* frame);
 
     const HillScene& m_scene;
     double m_failureShare;
     simulate::RandomStream m_random;
     SpectraSubtractomatic m_subtractomatic;
+    HillsByCell m_strongest;
     Eigen::SparseMatrix<double> m_frameRaw;
-    Eigen::SparseMatrix<int> m_hillIndex;
-    std::vector<HillPoint> m_points;
-    std::map<std::pair<int, int>, int> m_strongest; ///< by row and column: strongest hill of a cell
-    std::multimap<int, int> m_byRow;                     ///< hill by row
+    std::multimap<int, std::size_t> m_hillsByRow;
     std::set<int> m_done; ///< clusters that were taken out
 };
 
@@ -41,22 +61,19 @@ Peeler::Peeler(const HillScene& scene, double failureShare)
     : m_scene(scene)
     , m_failureShare(failureShare)
     , m_random(scene.seed, {simulate::RandomStream::Hills, scene.number, 1})
+    , m_strongest(strongestHills(scene))
 {
     SettableFeatureFinderParameters params;
     params.ppmTolerance = scene.kind == SceneKind::Frame ? 15 : 10;
-    (void)m_subtractomatic.init(params);
-    for (std::size_t i = 0; i < scene.hills.size(); ++i) {
-        const SceneHill& hill = scene.hills[i];
+    mustSucceed(m_subtractomatic.init(params));
+    std::vector<HillPoint> points;
+    for (const SceneHill& hill : scene.hills) {
         const int row = FeatureFinderUtilities::hashMz(hill.mz, kFixed.clusterMzHashFactor);
-        m_points.push_back({row, hill.column, hill.intensity});
-        const auto [place, isNew] =
-            m_strongest.try_emplace({row, hill.column}, static_cast<int>(i));
-        if (!isNew && scene.hills[place->second].intensity < hill.intensity) {
-            place->second = static_cast<int>(i);
-        }
-        m_byRow.emplace(row, static_cast<int>(i));
+        m_hillsByRow.emplace(row, points.size());
+        points.push_back({row, hill.column, hill.intensity});
     }
-    buildHillMatrices(m_points, &m_frameRaw, &m_hillIndex);
+    Eigen::SparseMatrix<int> hillIndex;
+    buildHillMatrices(points, &m_frameRaw, &hillIndex);
 }
 
 const SceneHill& Peeler::hillAt(const ClusterFrame::Point& point) const
@@ -64,36 +81,26 @@ const SceneHill& Peeler::hillAt(const ClusterFrame::Point& point) const
     return m_scene.hills[m_strongest.at({point.row, point.column})];
 }
 
-void Peeler::lookAround(const ClusterFrame::Point& point, int cluster, Example* example) const
+void Peeler::lookAround(const ClusterFrame::Point& point, Example* example) const
 {
     const double peak = m_frameRaw.coeff(point.row, point.column);
-    std::set<int> isotopes = {hillAt(point).isotope};
-    std::set<int> isotopesAboveNoise;
-    if (example->signalToNoise >= 10.0) {
-        isotopesAboveNoise = isotopes;
-    }
+    const SceneHill& own = hillAt(point);
+    std::set<int> isotopes = {own.isotope};
     std::set<int> others;
-    const auto end = m_byRow.upper_bound(point.row + kFixed.clusterSliceHalfWidth);
-    for (auto it = m_byRow.lower_bound(point.row - kFixed.clusterSliceHalfWidth); it != end; ++it) {
+    const auto end = m_hillsByRow.upper_bound(point.row + kFixed.clusterSliceHalfWidth);
+    for (auto it = m_hillsByRow.lower_bound(point.row - kFixed.clusterSliceHalfWidth); it != end;
+         ++it) {
         const SceneHill& hill = m_scene.hills[it->second];
-        if (hill.cluster < 0 || std::abs(hill.column - point.column) > m_scene.halfWidthColumns) {
-            continue;
-        }
         const double value = m_frameRaw.coeff(it->first, hill.column);
-        if (value < 0.5 * hill.intensity) {
-            continue;
-        }
-        if (hill.cluster == cluster) {
+        const bool isThere = std::abs(hill.column - point.column) <= m_scene.halfWidthColumns &&
+                             value >= kLeastLeftShare * hill.intensity;
+        if (isThere && hill.cluster == own.cluster) {
             isotopes.insert(hill.isotope);
-            if (value >= 10.0 * m_scene.noiseLevel) {
-                isotopesAboveNoise.insert(hill.isotope);
-            }
-        } else if (value >= 0.05 * peak) {
+        } else if (isThere && hill.cluster >= 0 && value >= kInterferingShare * peak) {
             others.insert(hill.cluster);
         }
     }
     example->isotopesSeen = static_cast<int>(isotopes.size());
-    example->isotopesAboveNoise = static_cast<int>(isotopesAboveNoise.size());
     example->interferingClusters = static_cast<int>(others.size());
 }
 
@@ -104,7 +111,7 @@ Example Peeler::exampleAt(const ClusterFrame::Point& point)
     example.mz = FeatureFinderUtilities::unHashMz(point.row, kFixed.clusterMzHashFactor);
     example.signalToNoise = m_frameRaw.coeff(point.row, point.column) / m_scene.noiseLevel;
     const SceneHill& hill = hillAt(point);
-    lookAround(point, hill.cluster, &example);
+    lookAround(point, &example);
     if (hill.cluster >= 0 && !m_done.contains(hill.cluster) && example.isotopesSeen >= 2) {
         const SceneCluster& cluster = m_scene.clusters[hill.cluster];
         example.charge = cluster.charge;
@@ -116,28 +123,33 @@ Example Peeler::exampleAt(const ClusterFrame::Point& point)
 
 void Peeler::run(const std::function<void(const Example&)>& use)
 {
-    constexpr double nothingShare = 0.2; // of the peaks without a cluster, shown
     ClusterFrame frame(&m_frameRaw, m_scene.halfWidthColumns);
     while (const auto point = frame.strongestPoint()) {
         Example example = exampleAt(*point);
-        (void)frame.profileAt(*point, &example.slice);
+        mustSucceed(frame.profileAt(*point, &example.slice));
         const bool isCluster = example.charge > 0;
-        if (example.slice.nonZeros() >= 2 && (isCluster || m_random.uniform() < nothingShare)) {
+        if (example.slice.nonZeros() >= 2 &&
+            (isCluster || m_random.uniform() < kShownNothingShare)) {
             use(example);
         }
         if (isCluster && m_random.uniform() >= m_failureShare) {
-            DecimatorMatrix decimator;
-            (void)m_subtractomatic.buildChargeClusterDecimator(example.slice,
-                                                         example.mz,
-                                                         example.charge,
-                                                         example.offset,
-                                                         2 * frame.halfWidthColumns() + 1,
-                                                         &decimator);
-            frame.subtract(decimator.model, *point);
-            m_done.insert(hillAt(*point).cluster);
+            takeOut(example, *point, &frame);
         }
         frame.remove(*point);
     }
+}
+
+void Peeler::takeOut(const Example& example, const ClusterFrame::Point& point, ClusterFrame* frame)
+{
+    DecimatorMatrix decimator;
+    mustSucceed(m_subtractomatic.buildChargeClusterDecimator(example.slice,
+                                                             example.mz,
+                                                             example.charge,
+                                                             example.offset,
+                                                             2 * frame->halfWidthColumns() + 1,
+                                                             &decimator));
+    frame->subtract(decimator.model, point);
+    m_done.insert(hillAt(point).cluster);
 }
 
 } // namespace

@@ -12,15 +12,14 @@ namespace zel::training {
 struct Example
 {
     Eigen::SparseVector<double> slice;
-    double mz = 0.0;   ///< of the peak
-    int charge = 0;    ///< 0: the peak founds no cluster
-    int offset = 0;    ///< isotope steps from the monoisotopic peak
+    double mz = 0.0; ///< of the peak
+    int charge = 0;  ///< 0: the peak founds no cluster
+    int offset = 0;  ///< isotope steps from the monoisotopic peak
     SceneKind kind = SceneKind::Run;
     double massDa = 0.0;
-    double signalToNoise = 0.0;   ///< of the peak
-    int isotopesSeen = 0;         ///< isotopes of the cluster in the slice, the peak included
-    int isotopesAboveNoise = 0;   ///< those with a signal to noise of 10
-    int interferingClusters = 0;  ///< other clusters with a peak of a twentieth or more in the slice
+    double signalToNoise = 0.0;  ///< of the peak
+    int isotopesSeen = 0;        ///< isotopes of the cluster in the slice, the peak included
+    int interferingClusters = 0; ///< others with a peak of a twentieth of this one or more
 };
 
 /// Takes the clusters out of a scene as the finder does, but by the truth instead of the networks,

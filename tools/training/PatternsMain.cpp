@@ -1,7 +1,7 @@
-// Writes simulated slices for the training of the networks: a length of four bytes, a JSON header of
-// that length, then one record for each slice. A record is charge and offset as 16-bit integers and
-// the inputs of both networks in half precision; without a cluster, those of the offset network are
-// 0.
+// Writes simulated slices for the training of the networks: a length of four bytes, a JSON header
+// of that length, then one record for each slice. A record is charge and offset as 16-bit integers
+// and the inputs of both networks in half precision; without a cluster, those of the offset network
+// are 0.
 
 #include "common/core_mini/src/algo/NetworkInputs_p.h"
 #include "tools/training/OraclePeel.h"
@@ -26,12 +26,13 @@ constexpr double kFailureShare = 0.03;
 bool writeHeader(QFile& file, std::uint64_t seed)
 {
     const QByteArray header =
-        QJsonDocument(QJsonObject{{QStringLiteral("seed"), static_cast<qint64>(seed)},
-                                  {QStringLiteral("layout"), networkinputs::layout()},
-                                  {QStringLiteral("chargeInputs"), networkinputs::chargeInputCount()},
-                                  {QStringLiteral("chargeOutputs"), networkinputs::kChargeOutputs},
-                                  {QStringLiteral("offsetInputs"), networkinputs::offsetInputCount()},
-                                  {QStringLiteral("offsetOutputs"), networkinputs::kOffsetOutputs}})
+        QJsonDocument(
+            QJsonObject{{QStringLiteral("seed"), static_cast<qint64>(seed)},
+                        {QStringLiteral("layout"), networkinputs::layout()},
+                        {QStringLiteral("chargeInputs"), networkinputs::chargeInputCount()},
+                        {QStringLiteral("chargeOutputs"), networkinputs::kChargeOutputs},
+                        {QStringLiteral("offsetInputs"), networkinputs::offsetInputCount()},
+                        {QStringLiteral("offsetOutputs"), networkinputs::kOffsetOutputs}})
             .toJson(QJsonDocument::Compact);
     const auto size = static_cast<std::uint32_t>(header.size());
     return file.write(reinterpret_cast<const char*>(&size), sizeof(size)) == sizeof(size) &&

@@ -23,6 +23,7 @@ struct CommandContext
 using CommandAction = std::function<Error(const CommandContext&)>;
 
 // Each declares its command's arguments and, when the command is chosen, sets `chosen` to its work.
+void addFeaturesCommand(CLI::App& tool, CommandAction& chosen);
 void addInfoCommand(CLI::App& tool, CommandAction& chosen);
 void addSimulateCommand(CLI::App& tool, CommandAction& chosen);
 void addTargetedCommand(CLI::App& tool, CommandAction& chosen);

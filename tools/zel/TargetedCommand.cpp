@@ -30,11 +30,25 @@ QStringList texts(const std::vector<std::string>& values)
     return list;
 }
 
+bool isAligned(const TargetedOptions& options)
+{
+    return options.runs.size() > 1 && options.align != "disabled";
+}
+
 /// Tells what became of the matches; the details of those that were left out come first.
-void tellMatches(const MatchReport& report, const MatchAssignment& assignment)
+void tellMatches(const QList<TargetedRun>& runs,
+                 const MatchReport& report,
+                 const MatchAssignment& assignment)
 {
     for (const QString& message : report.messages()) {
         tell(message);
+    }
+    for (qsizetype i = 0; i < runs.size(); ++i) {
+        if (assignment.outsideCounts()[i] > 0) {
+            tell(QStringLiteral("%1 matches lie outside run %2 and are used in others only")
+                     .arg(assignment.outsideCounts()[i])
+                     .arg(runs[i].name));
+        }
     }
     const QStringList doubtful = assignment.ionsOfSeveralMasses();
     if (!doubtful.isEmpty()) {
@@ -68,7 +82,7 @@ Error readMatches(const TargetedOptions& options, QList<TargetedRun>* runs)
             ZEL_RETURN_IF_ERROR(assignment.assign(match));
         }
     }
-    tellMatches(report, assignment);
+    tellMatches(*runs, report, assignment);
     if (assignment.usedCount() == 0) {
         ZEL_RETURN_ERROR(kBadParameterError,
                          QStringLiteral("no match is left to look for in the runs") +
@@ -88,6 +102,12 @@ void tellFeatures(const QList<TargetedRun>& runs,
                  .arg(runs[i].name)
                  .arg(features[i].size())
                  .arg(runs[i].psms.size()));
+    }
+    const int emptyCount = intervalsWithoutApex(features);
+    if (emptyCount > 0) {
+        tell(QStringLiteral(
+                 "%1 intervals have no apex: there is no signal, or the finder cannot tell")
+                 .arg(emptyCount));
     }
     if (counts.aligned + counts.failed > 0) {
         tell(QStringLiteral("%1 ions aligned, %2 left as they were since their runs are too unlike")
@@ -112,9 +132,8 @@ Error run(const TargetedOptions& options, const CommandContext& context)
     }
     ZEL_RETURN_IF_ERROR(readMatches(options, &runs));
 
-    DiagramPage finderPage(diagrams);
-    const bool drawsAlignment = runs.size() > 1 && options.align != "disabled";
-    DiagramPage alignmentPage(drawsAlignment ? alignmentPagePath(diagrams) : QString());
+    DiagramPage finderPage(isAdaptive(options) ? diagrams : QString());
+    DiagramPage alignmentPage(isAligned(options) ? alignmentPagePath(diagrams) : QString());
     const Drawing drawing = {hashesToDraw(runs, options.maxDiagramIons),
                              finderPage.partPath(),
                              alignmentPage.partPath()};
@@ -134,8 +153,13 @@ Error run(const TargetedOptions& options, const CommandContext& context)
 /// What the single options cannot check by themselves.
 void checkTogether(const TargetedOptions& options)
 {
-    if (!isAdaptive(options) && !options.diagrams.empty()) {
-        throw CLI::ValidationError("--diagrams needs --mode adaptive or adaptive-v2");
+    if (!isAdaptive(options) && !isAligned(options) && !options.diagrams.empty()) {
+        throw CLI::ValidationError(
+            "--diagrams needs --mode adaptive or adaptive-v2, or runs to align");
+    }
+    if (options.profile && options.isotopes == "whm") {
+        throw CLI::ValidationError(
+            "--profile cannot be had with --multi-isotope-method whm, which takes centroids");
     }
     if (options.isotopeMasses.front() <= 0.0 || !std::ranges::is_sorted(options.isotopeMasses)) {
         throw CLI::ValidationError("--isotope-selector needs ascending masses above 0");

@@ -1,5 +1,7 @@
 #include "tools/zel/TargetedDiagrams.h"
 
+#include "tools/zel/TextOutput.h"
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -26,11 +28,16 @@ Error DiagramPage::commit()
     if (m_path.isEmpty()) {
         return kNoError;
     }
-    QFile::remove(m_path);
-    if (!QFile::rename(partPath(), m_path)) {
-        ZEL_RETURN_ERROR(kFileOpenError, QStringLiteral("Could not write %1").arg(m_path));
+    Error e;
+    QFile part(partPath());
+    if (!part.open(QIODevice::ReadOnly)) {
+        ZEL_RETURN_ERROR(kFileOpenError,
+                         QStringLiteral("Could not write %1: %2").arg(m_path, part.errorString()));
     }
-    return kNoError;
+    ZEL_ASSIGN_OR_RETURN(const auto page, TextOutput::open(m_path));
+    *page << part.readAll();
+    ZEL_RETURN_IF_ERROR(page->commit());
+    return e;
 }
 
 QString alignmentPagePath(const QString& path)

@@ -9,7 +9,7 @@
 namespace zel::tool {
 
 /// A page that the library writes by its path when an object goes. It is written under another name
-/// beside, and renamed when all went well.
+/// beside, and takes its own when all went well.
 class DiagramPage
 {
 public:

@@ -239,6 +239,19 @@ Result<AlignmentCounts> alignFeatures(const TargetedOptions& options,
     return counts;
 }
 
+int intervalsWithoutApex(const QList<FeaturesByHash>& featuresOfRuns)
+{
+    qsizetype count = 0;
+    for (const FeaturesByHash& features : featuresOfRuns) {
+        for (const Ms1Feature& feature : features) {
+            const QList<ApexInterval> intervals = feature.timeIntervalList();
+            count += std::ranges::count_if(
+                intervals, [](const auto& interval) { return !(interval.apex().y() > 0.0); });
+        }
+    }
+    return static_cast<int>(count);
+}
+
 QByteArray featureTable(const QList<TargetedRun>& runs, const QList<FeaturesByHash>& features)
 {
     QByteArray table = "run\tsequence\tmodifications\tcharge\tmz\trt_start\trt_apex\trt_end\tfwhm\t"

@@ -49,6 +49,10 @@ Result<AlignmentCounts> alignFeatures(const TargetedOptions& options,
                                       QList<FeaturesByHash>* featuresOfRuns,
                                       const QSharedPointer<ProgressBarInterface>& progress);
 
+/// How many intervals have an apex of no height, as the prototype finder leaves it when no point
+/// lies between an ion's matches.
+int intervalsWithoutApex(const QList<FeaturesByHash>& featuresOfRuns);
+
 /// One row for each ion, run and interval, ions in the order of their hashes; docs/file-formats.md
 /// has the columns.
 QByteArray featureTable(const QList<TargetedRun>& runs, const QList<FeaturesByHash>& features);

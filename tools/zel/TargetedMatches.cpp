@@ -107,6 +107,7 @@ MatchAssignment::MatchAssignment(QList<TargetedRun>* runs, bool anyRun, MatchRep
     : m_runs(runs)
     , m_anyRun(anyRun)
     , m_report(report)
+    , m_outsideCounts(runs->size())
     , m_seen(runs->size())
 {}
 
@@ -129,14 +130,22 @@ Error MatchAssignment::assign(const SpectrumMatch& match)
     }
     Complaint complaint;
     bool isUsed = false;
+    QList<qsizetype> outside;
     for (qsizetype i = 0; i < m_runs->size(); ++i) {
         const TargetedRun& run = (*m_runs)[i];
         if (m_anyRun || match.run.isEmpty() || run.name == name) {
-            isUsed = add(i, match, *rtMinutes, &complaint) || isUsed;
+            const bool isAdded = add(i, match, *rtMinutes, &complaint);
+            if (!isAdded && complaint.reason == Reason::OutsideRun) {
+                outside.append(i);
+            }
+            isUsed = isUsed || isAdded;
         }
     }
     if (isUsed) {
         ++m_usedCount;
+        for (const qsizetype i : outside) {
+            ++m_outsideCounts[i];
+        }
     } else {
         m_report->leaveOut(complaint.reason, complaint.message);
     }
@@ -191,7 +200,11 @@ bool MatchAssignment::add(qsizetype runIndex,
     const PeptideSpectrumMatch psm = psmOf(match, rtMinutes);
     const QString hash = psm.peptideHash();
     // A table may name a match once for each of its proteins.
-    const QString key = QStringList({match.run, hash, numberText(rtMinutes)}).join(u'\t');
+    const QString key =
+        QStringList({match.run.isEmpty() ? run.name : identifications::runName(match.run),
+                     hash,
+                     numberText(rtMinutes)})
+            .join(u'\t');
     if (m_seen[runIndex].contains(key)) {
         *complaint = {Reason::Duplicate,
                       QStringLiteral("%1: %2 with charge %3 at %4 min stands there already")

@@ -41,6 +41,9 @@ public:
     /// How many of the matches are used in at least one run.
     int usedCount() const { return m_usedCount; }
 
+    /// By run: the matches that are used in other runs, but lie outside this one.
+    const QList<int>& outsideCounts() const { return m_outsideCounts; }
+
     /// The ions that come with more than one mass, such as "PEPTIDEK (Ox/15.9949, charge 2)".
     QStringList ionsOfSeveralMasses() const;
 
@@ -64,6 +67,7 @@ private:
     identifications::MatchReport* m_report;
     int m_usedCount = 0;
     QSet<QString> m_otherRuns;
+    QList<int> m_outsideCounts;                       ///< by run
     QList<QSet<QString>> m_seen;                      ///< by run
     QHash<qsizetype, QHash<QString, double>> m_times; ///< by run: of fragment spectra, by id
     QHash<QString, QSet<QString>> m_hashes;           ///< of the ions, by what they are called

@@ -1,5 +1,7 @@
 #include "tools/zel/TextOutput.h"
 
+#include <QFileInfo>
+
 #include <cstdio>
 
 namespace zel::tool {
@@ -13,6 +15,18 @@ Result<std::unique_ptr<TextOutput>> TextOutput::open(const QString& path)
             ZEL_RETURN_ERROR(kFileOpenError, "Could not open standard output");
         }
         output->m_device = std::move(file);
+        return output;
+    }
+    const QFileInfo info(path);
+    if (info.exists() && !info.isFile() && !info.isDir()) {
+        // A device or a pipe is written to; a QSaveFile would put a file in its place.
+        auto device = std::make_unique<QFile>(path);
+        if (!device->open(QIODevice::WriteOnly)) {
+            ZEL_RETURN_ERROR(
+                kFileOpenError,
+                QStringLiteral("Could not write %1: %2").arg(path, device->errorString()));
+        }
+        output->m_device = std::move(device);
         return output;
     }
     auto file = std::make_unique<QSaveFile>(path);

@@ -12,7 +12,8 @@
 namespace zel::tool {
 
 /// A text file that appears under its name as a whole or not at all: it is written beside and
-/// renamed by `commit`. Standard output, written as it comes, when the path is empty or "-".
+/// renamed by `commit`. Written as they come are standard output, when the path is empty or "-",
+/// and what is no regular file, such as /dev/null.
 class TextOutput
 {
 public:

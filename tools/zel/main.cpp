@@ -6,6 +6,8 @@
 #include <QLoggingCategory>
 
 #include <clocale>
+#include <cmath>
+#include <cstdlib>
 #include <iostream>
 
 namespace {
@@ -40,6 +42,21 @@ int exitCode(const Error& error, bool verbose)
     return kFailureExit;
 }
 
+/// Refuses numbers that are not finite, which pass every check of a range.
+void checkNumbers(const CLI::App& command)
+{
+    for (const CLI::Option* const option : command.get_options()) {
+        if (option->get_type_name().find("FLOAT") == std::string::npos) {
+            continue;
+        }
+        for (const std::string& text : option->results()) {
+            if (!std::isfinite(std::strtod(text.c_str(), nullptr))) {
+                throw CLI::ValidationError(option->get_name(), text + " is not a finite number");
+            }
+        }
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -54,6 +71,7 @@ int main(int argc, char** argv)
     tool.require_subcommand(1);
     tool.fallthrough();
     tool::CommandAction chosen;
+    tool::addFeaturesCommand(tool, chosen);
     tool::addInfoCommand(tool, chosen);
     tool::addSimulateCommand(tool, chosen);
     tool::addTargetedCommand(tool, chosen);
@@ -61,6 +79,9 @@ int main(int argc, char** argv)
     tool::addXimCommand(tool, chosen);
     try {
         tool.parse(argc, argv);
+        for (const CLI::App* const command : tool.get_subcommands()) {
+            checkNumbers(*command);
+        }
     } catch (const CLI::ParseError& problem) {
         return tool.exit(problem) == 0 ? 0 : kUsageExit;
     }

@@ -1,9 +1,8 @@
-#include "feature_finder/ClusterFrame_p.h"
-
 #include "common/core_mini/src/algo/FeatureFinderUtilities.h"
 #include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
 #include "common/core_mini/src/algo/SpectraSubtractomatic.h"
 #include "common/core_mini/src/algo/StoredEntries.h"
+#include "feature_finder/ClusterFrame_p.h"
 
 #include <algorithm>
 #include <cmath>

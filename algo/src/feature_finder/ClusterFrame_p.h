@@ -3,9 +3,9 @@
 #include "common/stable/Error.h"
 
 #include <Eigen/SparseCore>
+#include <queue>
 
 #include <optional>
-#include <queue>
 #include <span>
 #include <utility>
 #include <vector>
@@ -24,7 +24,8 @@ struct HillPoint
 /// columns more than the last apex needs. Intensities of points in one cell are summed, in the
 /// order of the list.
 /// \param points     inside the matrix: rows below clusterRows(), columns not negative
-/// \param hillIndex  where a point is, its number in the list; of several in one cell the last one's
+/// \param hillIndex  where a point is, its number in the list; of several in one cell the last
+/// one's
 void buildHillMatrices(std::span<const HillPoint> points,
                        Eigen::SparseMatrix<double, 0, int>* frameRaw,
                        Eigen::SparseMatrix<int, 0, int>* hillIndex);

@@ -18,6 +18,13 @@ class MsDataSourceInterface;
 } // namespace msreader
 class MsFeatureFinderFactory;
 
+/// How much a finder found on its way to the features of a run.
+struct FeatureFinderCounts
+{
+    long long hills = 0;
+    long long clusters = 0; ///< isotope clusters, of all frames together
+};
+
 /// What the finders of untargeted features have in common. A finder takes one data source and gives
 /// the compounds in it; see FeatureFinderFactory for which finder suits which source.
 ///
@@ -38,6 +45,9 @@ public:
     virtual ~FeatureFinderBase();
 
     bool isInit() const { return m_isInit; }
+
+    /// Of the last run.
+    const FeatureFinderCounts& counts() const { return m_counts; }
 
     /// The factory that is handed on to the integrators of XICs; may be null.
     void setMsFeatureFinder(const QSharedPointer<MsFeatureFinderFactory>& factory);
@@ -68,6 +78,7 @@ protected:
     FeatureFinderBase& operator=(const FeatureFinderBase&);
 
     const SettableFeatureFinderParameters& userParams() const { return m_userParams; }
+    void setCounts(const FeatureFinderCounts& counts) { m_counts = counts; }
     void setUserParams(const SettableFeatureFinderParameters& params) { m_userParams = params; }
     const QSharedPointer<MsFeatureFinderFactory>& msFeatureFinder() const
     {
@@ -92,6 +103,7 @@ protected:
 private:
     QSharedPointer<MsFeatureFinderFactory> m_msFeatureFinder;
     SettableFeatureFinderParameters m_userParams;
+    FeatureFinderCounts m_counts;
     bool m_isInit = false;
 };
 

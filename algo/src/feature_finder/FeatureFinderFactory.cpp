@@ -1,5 +1,6 @@
 #include "feature_finder/FeatureFinderFactory.h"
 
+#include "feature_finder/FeatureFinderV2.h"
 #include "feature_finder/FeatureFinderV24D.h"
 
 namespace zel {
@@ -10,6 +11,8 @@ namespace {
 QSharedPointer<FeatureFinderBase> finderOfVersion(int version)
 {
     switch (version) {
+    case 1:
+        return QSharedPointer<FeatureFinderV2>::create();
     case 2:
         return QSharedPointer<FeatureFinderV24D>::create();
     default:

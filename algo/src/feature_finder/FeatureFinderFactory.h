@@ -17,8 +17,8 @@ public:
     /// The finder that `featureFinderVersion` names, initialized with the parameters. It does not
     /// look at data: whether a source suits it shows when it runs.
     ///
-    /// 2 is FeatureFinderV24D, for runs with ion mobility.
-    /// \return kBadParameterError for a version that there is no finder for, or the finder's
+    /// 1 is FeatureFinderV2, for runs without ion mobility; 2 is FeatureFinderV24D, for runs with
+    /// it. \return kBadParameterError for a version that there is no finder for, or the finder's
     /// failure
     ///         to initialize
     static Result<QSharedPointer<FeatureFinderBase>> featureFinderFactoryInit(

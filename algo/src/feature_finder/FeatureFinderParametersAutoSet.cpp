@@ -9,6 +9,7 @@
 #include "feature_finder/FeatureFinderParametersAutoSet_p.h"
 #include "feature_finder/FeatureFinderV24DScansHandler.h"
 #include "feature_finder/FrameMatrix_p.h"
+#include "feature_finder/MatrixRows_p.h"
 #include "feature_finder/ScanNumber_p.h"
 
 #include <algorithm>
@@ -74,12 +75,12 @@ Matrix smoothedAlongD2(const Matrix& frame,
 {
     const Eigen::VectorXd kernel =
         EigenUtilities::buildGaussianFilter1D(width, params.kernelSigma, true).reverse();
-    Matrix smoothed = frame;
+    MatrixRows rows(frame);
     for (int pass = 0; pass < params.d2SmoothingPasses; ++pass) {
-        Matrix next = EigenUtilities::applyKernelRowWiseToMatrix(
-            Eigen::SparseMatrix<double, Eigen::RowMajor>(smoothed), kernel, true);
-        smoothed.swap(next);
+        rows.convolve(kernel);
     }
+    Matrix smoothed;
+    rows.toColumns(&smoothed);
     return smoothed;
 }
 

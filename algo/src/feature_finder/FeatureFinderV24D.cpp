@@ -46,6 +46,7 @@ void setD2(QList<HillD2>& hills, double d2HashFactor)
 Error appendClustersOfFrame(int d1,
                             double d2HashFactor,
                             FrameSteps* steps,
+                            FeatureFinderCounts* counts,
                             QList<ChargeFeatureFrame>* clusters)
 {
     QElapsedTimer frameTimer;
@@ -59,10 +60,12 @@ Error appendClustersOfFrame(int d1,
     }
     ZEL_ASSIGN_OR_RETURN(QList<HillD2> hills, steps->hillBuilder.buildHills(raw, d1));
     qCDebug(algoLog) << "hills climbed in ms:" << timer.restart();
+    counts->hills += hills.size();
     setD2(hills, d2HashFactor);
     const auto found = steps->clusteromatic.buildChargeFeatures(hills);
     qCDebug(algoLog) << "Features Extracted in ms:" << timer.elapsed();
     if (found.isOk()) { // else there was nothing to cluster, and the run goes on
+        counts->clusters += found.value().size();
         clusters->append(found.value());
     }
     qCDebug(algoLog) << "D1" << d1 << "processed in ms:" << frameTimer.elapsed();
@@ -152,6 +155,7 @@ Result<QList<ChargeFeatureFrame>> FeatureFinderV24D::buildPerFrameChargeFeatures
     ProgressContext context(static_cast<int>(d1s.size()), progress);
     context.setText(QObject::tr("Commence feature finding..."));
     QList<ChargeFeatureFrame> clusters;
+    FeatureFinderCounts counts;
     for (const int d1 : d1s) {
         ++context;
         if (isSkipped(d1)) {
@@ -161,8 +165,9 @@ Result<QList<ChargeFeatureFrame>> FeatureFinderV24D::buildPerFrameChargeFeatures
             ZEL_RETURN_ERROR(kOperationCanceledError);
         }
         ZEL_RETURN_IF_ERROR(
-            appendClustersOfFrame(d1, userParams().d2HashFactor, &steps, &clusters));
+            appendClustersOfFrame(d1, userParams().d2HashFactor, &steps, &counts, &clusters));
     }
+    setCounts(counts);
     const double seconds = static_cast<double>(timer.elapsed()) / 1000.0;
     const auto count =
         m_startStopD1.start >= 0 ? qsizetype{m_startStopD1.end} - m_startStopD1.start : d1s.size();

@@ -263,11 +263,11 @@ Error ScanIteratorV2HillClusteromatic::extractClusters(
         ZEL_RETURN_IF_ERROR(frame.profileAt(*point, &profile));
         Cluster cluster;
         cluster.point = *point;
-        cluster.charge =
-            profile.nonZeros() < 2 ? 0 : m_chargeDeterminator.determineCharge(profile);
+        cluster.charge = profile.nonZeros() < 2 ? 0 : m_chargeDeterminator.determineCharge(profile);
         if (cluster.charge >= 1) {
             DecimatorMatrix decimator;
-            ZEL_RETURN_IF_ERROR(describe(profile, 2 * frame.halfWidthColumns() + 1, &cluster, &decimator));
+            ZEL_RETURN_IF_ERROR(
+                describe(profile, 2 * frame.halfWidthColumns() + 1, &cluster, &decimator));
             frame.subtract(decimator.model, *point);
             append(cluster);
         }
@@ -282,10 +282,9 @@ Error ScanIteratorV2HillClusteromatic::describe(const Eigen::SparseVector<double
                                                 DecimatorMatrix* decimator) const
 {
     Error e;
-    cluster->mz =
-        FeatureFinderUtilities::unHashMz(cluster->point.row, kFixed.clusterMzHashFactor);
-    cluster->monoOffset = m_monoisotopeDeterminator.determineMonoisotopeOffset(
-        profile, cluster->mz, cluster->charge);
+    cluster->mz = FeatureFinderUtilities::unHashMz(cluster->point.row, kFixed.clusterMzHashFactor);
+    cluster->monoOffset =
+        m_monoisotopeDeterminator.determineMonoisotopeOffset(profile, cluster->mz, cluster->charge);
     cluster->massDa = molcalc::calculateUnchargedMassFromMzCharge(
         cluster->mz, cluster->charge, cluster->monoOffset, m_params.unchargedMassFlag);
     ZEL_RETURN_IF_ERROR(m_subtractomatic.buildChargeClusterDecimator(
@@ -304,9 +303,8 @@ double ScanIteratorV2HillClusteromatic::findMzOfFirstHillInIsotopeCluster(
     const int z = std::abs(charge);
     const double target = mz - kCarbonIsotopeSpacingDa / z * monoOffset;
     const double tolerance = z * mz * m_params.ppmTolerance / 1e6;
-    const auto first = std::ranges::find_if(hills, [&](const HillD2& hill) {
-        return std::abs(hill.mzApex - target) <= tolerance;
-    });
+    const auto first = std::ranges::find_if(
+        hills, [&](const HillD2& hill) { return std::abs(hill.mzApex - target) <= tolerance; });
     return first == hills.end() ? target : first->mzApex;
 }
 

@@ -35,9 +35,9 @@ public:
 
     bool isInit() const { return m_isInit; }
 
-    /// The clusters of the hills of one mobility frame. A cluster takes its limits and its intensity
-    /// from the hill at its strongest point. Clusters of too few isotopes, too low an averagine
-    /// score or a mass out of range are left out; see SettableFeatureFinderParameters.
+    /// The clusters of the hills of one mobility frame. A cluster takes its limits and its
+    /// intensity from the hill at its strongest point. Clusters of too few isotopes, too low an
+    /// averagine score or a mass out of range are left out; see SettableFeatureFinderParameters.
     /// \param hills  d2ApexIndex is the column
     /// \return in descending order of the points' intensities; kError before `init` and for a list
     ///         without signal, such as an empty one; kBadParameterError for a hill whose apex lies

@@ -53,8 +53,7 @@ public:
     double greatestAt(double step) const
     {
         const StoredEntries entries = entriesAt(step);
-        return entries.size() == 0 ? 0.0
-                                   : std::max(0.0, *std::ranges::max_element(entries.values));
+        return entries.size() == 0 ? 0.0 : std::max(0.0, *std::ranges::max_element(entries.values));
     }
 
 private:

@@ -19,8 +19,9 @@ constexpr double kLeastMassDa = 200.0;
 int greatestOffset(double mz, int charge)
 {
     const double spare = (mz - kProtonMassDa) * charge - kLeastMassDa;
-    const double steps = std::clamp(
-        spare / kCarbonIsotopeSpacingDa, 0.0, static_cast<double>(networkinputs::kOffsetOutputs - 1));
+    const double steps = std::clamp(spare / kCarbonIsotopeSpacingDa,
+                                    0.0,
+                                    static_cast<double>(networkinputs::kOffsetOutputs - 1));
     return static_cast<int>(steps);
 }
 

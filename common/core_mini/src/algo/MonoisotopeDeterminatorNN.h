@@ -14,8 +14,8 @@ namespace zel {
 class DenseNetwork;
 
 /// Tells which isotope of its cluster a peak is, by a network that was trained on simulated
-/// clusters (tools/training). A value; copies share the network. See ChargeDeterminatorNN for what a
-/// slice is.
+/// clusters (tools/training). A value; copies share the network. See ChargeDeterminatorNN for what
+/// a slice is.
 class ZEL_EXPORT MonoisotopeDeterminatorNN
 {
 public:

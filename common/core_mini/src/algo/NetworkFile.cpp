@@ -1,5 +1,4 @@
 #include "common/core_mini/src/algo/NetworkFile_p.h"
-
 #include "common/core_mini/src/algo/NetworkInputs_p.h"
 #include "common/stable/JsonUtils.h"
 
@@ -70,7 +69,8 @@ private:
 
 Error formatError(const char* what)
 {
-    return Error(kFileFormatError, QStringLiteral("Invalid network file: %1").arg(QLatin1StringView(what)));
+    return Error(kFileFormatError,
+                 QStringLiteral("Invalid network file: %1").arg(QLatin1StringView(what)));
 }
 
 /// The header: a JSON object behind its length.
@@ -190,6 +190,9 @@ Result<NetworkPointer> load(const QString& path,
                             Eigen::Index outputSize)
 {
     initNetworkResource();
+    if (path.isEmpty()) {
+        ZEL_RETURN_ERROR(kFileOpenError, "No network file is named");
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         ZEL_RETURN_ERROR(kFileOpenError,
@@ -198,9 +201,9 @@ Result<NetworkPointer> load(const QString& path,
     }
     const QByteArray content = file.read(kGreatestFileBytes + 1);
     if (file.error() != QFileDevice::NoError) {
-        ZEL_RETURN_ERROR(kFileOpenError,
-                         QStringLiteral("The network file %1 cannot be read: %2")
-                             .arg(path, file.errorString()));
+        ZEL_RETURN_ERROR(
+            kFileOpenError,
+            QStringLiteral("The network file %1 cannot be read: %2").arg(path, file.errorString()));
     }
     if (content.size() > kGreatestFileBytes) {
         ZEL_RETURN_ERROR(formatError("it is too large"));

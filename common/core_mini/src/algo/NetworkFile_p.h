@@ -11,8 +11,8 @@
 
 namespace zel {
 
-/// Reads the files of trained networks; docs/file-formats.md describes them. What is read is checked
-/// against its checksum, so that a damaged file is refused as a whole.
+/// Reads the files of trained networks; docs/file-formats.md describes them. What is read is
+/// checked against its checksum, so that a damaged file is refused as a whole.
 namespace networkfile {
 
 using NetworkPointer = std::shared_ptr<const DenseNetwork>;

@@ -1,7 +1,6 @@
-#include "common/core_mini/src/algo/NetworkInputs_p.h"
-
 #include "common/core_mini/src/algo/AveragineIsotopeModel.h"
 #include "common/core_mini/src/algo/IsotopeLattice_p.h"
+#include "common/core_mini/src/algo/NetworkInputs_p.h"
 
 #include <QJsonArray>
 

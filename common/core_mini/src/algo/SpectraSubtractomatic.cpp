@@ -38,8 +38,8 @@ constexpr double kGreatestToleranceShare = 0.12;
 
 double toleranceBins(double mz, int charge, int ppmTolerance)
 {
-    const double wanted = std::max(
-        kLeastToleranceBins, ppmTolerance * 1e-6 * mz * kFixed.clusterMzHashFactor);
+    const double wanted =
+        std::max(kLeastToleranceBins, ppmTolerance * 1e-6 * mz * kFixed.clusterMzHashFactor);
     return std::min(wanted, kGreatestToleranceShare * IsotopeLattice::spacingBins(charge));
 }
 
@@ -203,7 +203,8 @@ Eigen::SparseMatrix<double> spread(const std::vector<BinPart>& bins, int centreR
     return model;
 }
 
-Error checkArguments(const Eigen::SparseVector<double>& profile, double mz, int charge, int width)
+Error checkArguments(
+    const Eigen::SparseVector<double>& profile, double mz, int charge, int monoOffset, int width)
 {
     if (profile.size() != 2 * kFixed.clusterSliceHalfWidth + 1) {
         ZEL_RETURN_ERROR(kBadParameterError,
@@ -213,15 +214,17 @@ Error checkArguments(const Eigen::SparseVector<double>& profile, double mz, int 
     }
     const int row = FeatureFinderUtilities::hashMz(mz, kFixed.clusterMzHashFactor);
     if (row < 0 || row >= SpectraSubtractomatic::clusterRows() || charge < 1 ||
-        charge > kFixed.maxClusterCharge || width < 1) {
+        charge > kFixed.maxClusterCharge || monoOffset < 0 || width < 1) {
         ZEL_RETURN_ERROR(
             kBadParameterError,
-            QStringLiteral("An isotope cluster has an m/z up to %1, a charge of 1 to %2 and one "
-                           "column or more, but m/z %3, charge %4 and %5 columns came")
+            QStringLiteral("An isotope cluster has an m/z up to %1, a charge of 1 to %2, an offset "
+                           "that is not negative and one column or more, but m/z %3, charge %4, "
+                           "offset %5 and %6 columns came")
                 .arg(kFixed.maxMz)
                 .arg(kFixed.maxClusterCharge)
                 .arg(mz)
                 .arg(charge)
+                .arg(monoOffset)
                 .arg(width));
     }
     return kNoError;
@@ -256,7 +259,7 @@ Error SpectraSubtractomatic::buildChargeClusterDecimator(
     Error e;
     ZEL_RETURN_IF_ERROR(
         ErrorUtils::equal(m_isInit, true, Error(kError, "The subtraction was not initialized")));
-    ZEL_RETURN_IF_ERROR(checkArguments(profile, mz, charge, width));
+    ZEL_RETURN_IF_ERROR(checkArguments(profile, mz, charge, monoOffset, width));
     const double massDa =
         molcalc::calculateUnchargedMassFromMzCharge(mz, charge, monoOffset, m_addedProtons);
     QList<double> pattern;
@@ -266,8 +269,7 @@ Error SpectraSubtractomatic::buildChargeClusterDecimator(
     const IsotopeLattice lattice(
         storedEntries(profile), charge, toleranceBins(mz, charge, m_ppmTolerance));
     const std::vector<IsotopeSlot> slots = isotopeSlots(lattice, pattern, monoOffset);
-    const std::span<const IsotopeSlot> counting =
-        std::span(slots).first(countingSlots(slots));
+    const std::span<const IsotopeSlot> counting = std::span(slots).first(countingSlots(slots));
     const double scale = scaleOf(slots);
     const int centreRow = FeatureFinderUtilities::hashMz(mz, kFixed.clusterMzHashFactor);
 
@@ -279,9 +281,9 @@ Error SpectraSubtractomatic::buildChargeClusterDecimator(
 
 int SpectraSubtractomatic::clusterRows()
 {
-    static const int rows = FeatureFinderUtilities::hashMz(
-                                kFixed.maxMz, static_cast<int>(kFixed.clusterMzHashFactor)) +
-                            kFixed.clusterSliceHalfWidth;
+    static const int rows =
+        FeatureFinderUtilities::hashMz(kFixed.maxMz, static_cast<int>(kFixed.clusterMzHashFactor)) +
+        kFixed.clusterSliceHalfWidth;
     return rows;
 }
 

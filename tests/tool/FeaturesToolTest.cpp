@@ -1,0 +1,245 @@
+// `zel features` as a user would run it.
+
+#include "tests/support/Runs.h"
+#include "tests/tool/ZelTool.h"
+
+#include <cmath>
+#include <ostream>
+
+namespace zel::test {
+
+namespace {
+
+using msreader::InMemoryScan;
+
+class FeaturesToolTest : public ZelTool
+{
+protected:
+    /// A run of four minutes with few peptides.
+    QString simulatedRun(const QString& name, const QStringList& more = {}) const
+    {
+        const QStringList call = {text("simulate"),
+                                  text("-o"),
+                                  path(name),
+                                  text("--minutes"),
+                                  text("4"),
+                                  text("--drift"),
+                                  text("0.1"),
+                                  text("--peptides"),
+                                  text("20")};
+        const Outcome outcome = zel(call + more);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+        return path(name);
+    }
+
+    Outcome features(const QString& run, const QString& folder, const QStringList& more = {}) const
+    {
+        return zel(QStringList{text("features"), run, text("-o"), path(folder), text("--tsv")} +
+                   more);
+    }
+
+    /// The rows of a table, without its header, as cells.
+    QList<QStringList> rows(const QString& name) const
+    {
+        QList<QStringList> all;
+        for (const QString& line : QString::fromUtf8(read(name)).split(QLatin1Char('\n'))) {
+            all.append(line.split(QLatin1Char('\t')));
+        }
+        return all.mid(1, all.size() - 2); // the last line is empty
+    }
+
+    /// The rows but for the number of the master.
+    QList<QStringList> ions(const QString& name) const
+    {
+        QList<QStringList> all = rows(name);
+        for (QStringList& row : all) {
+            row.removeFirst();
+        }
+        std::sort(all.begin(), all.end());
+        return all;
+    }
+};
+
+/// A peptide of charge 2 around m/z 500, its isotopes one after the other, in a scan of this
+/// height.
+QList<QPointF> isotopes(double height)
+{
+    QList<QPointF> points;
+    for (const auto& [k, share] : {std::pair(0, 1.0), {1, 0.54}, {2, 0.18}, {3, 0.04}}) {
+        points.append({500.25 + k * 1.003355 / 2.0, share * height});
+    }
+    return points;
+}
+
+/// MS1 scans with a peak of these points, and `ms2Count` fragment scans behind each.
+QList<InMemoryScan> peptideRun(int ms2Count, double height = 1e6)
+{
+    QList<InMemoryScan> scans;
+    for (int i = 0; i < 40; ++i) {
+        const double distance = (i - 20) / 4.0;
+        const double minutes = 0.05 * i;
+        scans.append(scanOf(static_cast<long long>(scans.size()) + 1,
+                            minutes,
+                            isotopes(height * std::exp(-0.5 * distance * distance))));
+        for (int ms2 = 0; ms2 < ms2Count; ++ms2) {
+            InMemoryScan scan = scanOf(static_cast<long long>(scans.size()) + 1,
+                                       minutes + 1e-4 * (ms2 + 1),
+                                       {{200.0, 5.0}},
+                                       2);
+            scan.precursor.isolationMz = 500.25;
+            scans.append(scan);
+        }
+    }
+    return scans;
+}
+
+} // namespace
+
+TEST_F(FeaturesToolTest, WritesEqualFilesForEqualRuns)
+{
+    const QString run = simulatedRun(text("run.mzML"));
+    const Outcome outcome = features(run, text("a"), {text("--json")});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+    EXPECT_TRUE(outcome.output.contains(text("hills"))) << outcome.output.toStdString();
+    EXPECT_EQ(QDir(path(text("a"))).entryList(QDir::Files | QDir::Hidden),
+              (QStringList{text("run.features.json"), text("run.features.tsv"), text("run.ftrs")}));
+    EXPECT_GT(rows(text("a/run.features.tsv")).size(), 10);
+    EXPECT_EQ(read(text("a/run.features.json")).count("\"feature"),
+              rows(text("a/run.features.tsv")).size());
+
+    ASSERT_EQ(features(run, text("b")).exitCode, 0);
+    ASSERT_EQ(features(run, text("b")).exitCode, 0); // over the files that are there
+    for (const QString& name : {text("/run.ftrs"), text("/run.features.tsv")}) {
+        EXPECT_EQ(read(text("a") + name), read(text("b") + name)) << name.toStdString();
+    }
+}
+
+TEST_F(FeaturesToolTest, TakesTheFinderForMobilityByItself)
+{
+    const QString run =
+        simulatedRun(text("m.mzML"),
+                     {text("--mobility-scans"), text("150"), text("--scan-interval"), text("3")});
+    for (const QStringList& more : {QStringList(), QStringList{text("--auto")}}) {
+        ASSERT_EQ(features(run, text("a"), more).exitCode, 0);
+        const QList<QStringList> found = rows(text("a/m.features.tsv"));
+        ASSERT_GT(found.size(), 3) << more.join(QLatin1Char(' ')).toStdString();
+        for (const QStringList& row : found) {
+            EXPECT_GE(row[8].toDouble(), row[7].toDouble()); // mobility: apex, start
+            EXPECT_GE(row[9].toDouble(), row[8].toDouble());
+            EXPECT_GT(row[7].toDouble(), 0.59);
+            EXPECT_LT(row[9].toDouble(), 1.61);
+        }
+    }
+}
+
+TEST_F(FeaturesToolTest, CountsMs1ScansHoweverTheFileNumbersThem)
+{
+    const QString alone = writeRun(text("alone.mzML"), peptideRun(0));
+    const QString between = writeRun(text("between.mzML"), peptideRun(10));
+    ASSERT_EQ(features(alone, text("a")).exitCode, 0);
+    ASSERT_EQ(features(between, text("a")).exitCode, 0);
+    EXPECT_EQ(rows(text("a/alone.features.tsv")).size(), 1);
+    EXPECT_EQ(rows(text("a/alone.features.tsv")), rows(text("a/between.features.tsv")));
+}
+
+TEST_F(FeaturesToolTest, FindsNothingWhereNothingIs)
+{
+    struct Case
+    {
+        const char* name;
+        QList<InMemoryScan> scans;
+        int featureCount;
+    };
+    QList<InMemoryScan> empty = peptideRun(0);
+    QList<InMemoryScan> oneBin = peptideRun(0);
+    for (qsizetype i = 0; i < empty.size(); ++i) {
+        empty[i].points.clear();
+        oneBin[i].points = {{500.0001, 7.0}, {500.0002, 1e3}};
+    }
+    for (const Case& run : {Case{"empty", empty, 0},
+                            Case{"one_bin", oneBin, 0},
+                            Case{"one_scan", peptideRun(0).mid(20, 1), 0},
+                            Case{"faint", peptideRun(0, 1e-30), 0},
+                            Case{"huge", peptideRun(0, 1e30), 1}}) {
+        const QString path = writeRun(text(run.name) + text(".mzML"), run.scans);
+        const Outcome outcome = features(path, text("a"));
+        EXPECT_EQ(outcome.exitCode, 0) << run.name << outcome.errors.toStdString();
+        EXPECT_EQ(rows(text("a/") + text(run.name) + text(".features.tsv")).size(),
+                  run.featureCount)
+            << run.name;
+    }
+}
+
+TEST_F(FeaturesToolTest, TakesPresetsAndSettings)
+{
+    const QString run = writeRun(text("run.mzML"), peptideRun(0));
+    const auto count = [&](const QStringList& more) {
+        const Outcome outcome = features(run, text("a"), more);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
+        return rows(text("a/run.features.tsv")).size();
+    };
+    EXPECT_EQ(count({text("--preset"), text("qtof")}), 1);
+    EXPECT_EQ(count({text("--max-mono-mass"), text("900")}), 0);
+    EXPECT_EQ(count({text("--min-hill-length-d1"), text("60")}), 0);
+    EXPECT_EQ(count({text("--convert-d1-to-retention-time"), text("false")}), 1);
+    EXPECT_EQ(rows(text("a/run.features.tsv"))[0][5].toDouble(), 1.0); // minutes all the same
+    const QString help = zel({text("features"), text("--help")}).output;
+    EXPECT_TRUE(help.contains(text("10; qtof 15, tims 15"))) << help.toStdString();
+}
+
+namespace {
+
+struct BadFeatures
+{
+    const char* name;
+    QStringList more;
+    const char* errorPart;
+    int exitCode = 1;
+    const char* output = "out";
+};
+
+void PrintTo(const BadFeatures& call, std::ostream* os)
+{
+    *os << call.name;
+}
+
+class FeaturesToolBadCallTest : public FeaturesToolTest,
+                                public ::testing::WithParamInterface<BadFeatures>
+{};
+
+const BadFeatures kBadCalls[] = {
+    {"NoMobility", {text("--feature-finder-version"), text("2")}, "no ion mobility"},
+    {"NoNetworkFile", {text("--network-file-path"), text("none.znet")}, "none.znet"},
+    {"ForeignNetworkFile", {text("--network-file-path"), text(ZEL_TOOL_PATH)}, "zel"},
+    {"TwoRunsOfOneName", {text("elsewhere/run.mzXML")}, "Two runs are called run"},
+    {"MissingRun", {text("none.mzML")}, "none.mzML"},
+    {"FolderIsAFile", {}, "run.mzML/out", 1, "run.mzML/out"},
+    {"UnknownPreset", {text("--preset"), text("maldi")}, "maldi", 2},
+    {"NegativeTolerance", {text("--ppm-tolerance=-1")}, "ppm-tolerance", 2},
+};
+
+} // namespace
+
+TEST_P(FeaturesToolBadCallTest, EndsWithOneClearLineAndNoFile)
+{
+    const BadFeatures& call = GetParam();
+    const QString run = writeRun(text("run.mzML"), peptideRun(0));
+    const bool isSecondRun = call.exitCode == 1 && !call.more.value(0).startsWith(text("--"));
+    const QStringList order = isSecondRun ? call.more : QStringList();
+    const Outcome outcome = zel(QStringList{text("features")} + order + QStringList{run} +
+                                QStringList{text("-o"), path(text(call.output)), text("--tsv")} +
+                                (isSecondRun ? QStringList() : call.more));
+    EXPECT_EQ(outcome.exitCode, call.exitCode) << outcome.errors.toStdString();
+    EXPECT_TRUE(outcome.errors.contains(text(call.errorPart))) << outcome.errors.toStdString();
+    EXPECT_TRUE(call.exitCode == 2 || outcome.errors.startsWith(text("zel: ")));
+    EXPECT_EQ(
+        QDir(path(text("out"))).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+        QStringList());
+}
+
+INSTANTIATE_TEST_SUITE_P(BadCalls,
+                         FeaturesToolBadCallTest,
+                         ::testing::ValuesIn(kBadCalls),
+                         [](const auto& call) { return std::string(call.param.name); });
+
+} // namespace zel::test

@@ -1,0 +1,260 @@
+#include "tools/zel/FeatureSettings.h"
+
+#include <CLI/CLI.hpp>
+
+#include <limits>
+#include <sstream>
+
+namespace zel::tool {
+
+using Parameters = SettableFeatureFinderParameters;
+
+namespace {
+
+constexpr double kLargest = std::numeric_limits<double>::max();
+constexpr int kMostPoints = 100'000'000;
+
+template <typename T>
+std::string textOf(const T& value)
+{
+    std::ostringstream text;
+    text << std::boolalpha << value;
+    return text.str();
+}
+
+/// "10; qtof 15, tims 15": the default, and the presets that differ from it.
+template <typename T>
+std::string defaultsOf(T Parameters::*field)
+{
+    const T value = Parameters().*field;
+    std::string text = textOf(value);
+    const char* separator = "; ";
+    for (const auto& [name, preset] :
+         {std::pair("qtof ", Parameters::qtof()), {"tims ", Parameters::trappedMobility()}}) {
+        if (!(preset.*field == value)) {
+            text += separator + std::string(name) + textOf(preset.*field);
+            separator = ", ";
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+template <typename T, typename Check>
+void FeatureSettings::add(CLI::App& command,
+                          const std::string& name,
+                          T Parameters::*field,
+                          const std::string& meaning,
+                          Check check)
+{
+    CLI::Option* const option = command.add_option(name, m_given.*field, meaning)
+                                    ->default_str(defaultsOf(field))
+                                    ->check(check)
+                                    ->group("Settings");
+    m_copyIfGiven.emplace_back([this, option, field](Parameters& params) {
+        if (option->count() > 0) {
+            params.*field = m_given.*field;
+        }
+    });
+}
+
+void FeatureSettings::addTo(CLI::App& command)
+{
+    command
+        .add_option(
+            "--preset",
+            m_preset,
+            "Settings to start from; auto: tims for runs with mobility, orbitrap for others")
+        ->capture_default_str()
+        ->check(CLI::IsMember({"auto", "orbitrap", "qtof", "tims"}));
+    addAcceptance(command);
+    addReading(command);
+    addMatrices(command);
+    addHills(command);
+}
+
+/// What is accepted as a feature.
+void FeatureSettings::addAcceptance(CLI::App& command)
+{
+    const auto fraction = CLI::Range(0.0, 1.0);
+    const auto mass = CLI::Range(0.0, 1e7);
+    const auto length = CLI::Range(-1, 1'000'000);
+    add(command,
+        "--min-averagine-score",
+        &Parameters::minAveragineScore,
+        "Least likeness of a cluster to the averagine pattern",
+        fraction);
+    add(command, "--min-mono-mass", &Parameters::minMonoMass, "Lowest mass, Da", mass);
+    add(command, "--max-mono-mass", &Parameters::maxMonoMass, "Highest mass, Da", mass);
+    add(command,
+        "--min-isotope-count",
+        &Parameters::minIsotopeCount,
+        "Fewest isotopes of a cluster; small ions of low charge may have one less",
+        CLI::Range(0, 100));
+    add(command,
+        "--min-hill-length-d1",
+        &Parameters::minHillLengthD1,
+        "Smallest extent along retention, MS1 scans or frames",
+        length);
+    add(command,
+        "--min-hill-length-d2",
+        &Parameters::minHillLengthD2,
+        "Smallest extent along mobility, columns",
+        length);
+    add(command,
+        "--relative-frame-noise-floor",
+        &Parameters::relativeFrameNoiseFloor,
+        "Points up to this multiple of the median are dropped; 0: none",
+        CLI::Range(0.0, kLargest));
+    add(command,
+        "--ppm-tolerance",
+        &Parameters::ppmTolerance,
+        "Mass tolerance, ppm",
+        CLI::Range(0, 100'000));
+    add(command,
+        "--max-d1-gap",
+        &Parameters::maxD1Gap,
+        "Largest distance along retention of what belongs together, MS1 scans or frames",
+        CLI::Range(0, 1'000'000));
+    add(command,
+        "--max-d2-gap",
+        &Parameters::maxD2Gap,
+        "Largest distance along mobility, columns",
+        CLI::Range(0, 1'000'000));
+    add(command,
+        "--min-feature-width",
+        &Parameters::minFeatureWidth,
+        "Narrowest feature that is matched between samples, min; of no effect on one run",
+        CLI::Range(0.0, kLargest));
+    add(command,
+        "--min-intensity-dynamic-range",
+        &Parameters::minIntensityDynamicRange,
+        "Least ratio of strongest to weakest member; read by version 0 only",
+        CLI::Range(-1.0, kLargest));
+    add(command,
+        "--remove-charge-one-only-features",
+        &Parameters::removeChargeOneOnlyFeatures,
+        "Drop groups of charge 1 alone between samples; of no effect on one run",
+        CLI::Validator());
+}
+
+/// What is read, by which finder, and the form of the results.
+void FeatureSettings::addReading(CLI::App& command)
+{
+    command
+        .add_option("--feature-finder-version",
+                    m_version,
+                    "0 scan by scan, 1 runs without mobility, 2 with mobility; by the run if not "
+                    "given")
+        ->check(CLI::Range(0, 2))
+        ->group("Settings");
+    command
+        .add_option("--network-file-path",
+                    m_networkFile,
+                    "File of the charge and monoisotope classifiers; the built-in one if not given")
+        ->group("Settings");
+    add(command,
+        "--uncharged-mass-flag",
+        &Parameters::unchargedMassFlag,
+        "Charges are protons taken up; false: protons given off",
+        CLI::Validator());
+    add(command,
+        "--convert-d1-to-retention-time",
+        &Parameters::convertD1ToRetentionTime,
+        "Minutes in the .ftrs file; false: numbers of MS1 scans or frames",
+        CLI::Validator());
+    add(command,
+        "--max-points-per-scan",
+        &Parameters::maxPointsPerScan,
+        "Points of a scan that version 0 keeps; room in the cluster matrices",
+        CLI::Range(1, kMostPoints));
+    add(command,
+        "--max-ion-count",
+        &Parameters::maxIonCount,
+        "Points of a scan that version 1 and --auto keep",
+        CLI::Range(1, kMostPoints));
+}
+
+/// The matrices of frames and runs.
+void FeatureSettings::addMatrices(CLI::App& command)
+{
+    add(command,
+        "--number-of-frames-to-sum",
+        &Parameters::numberOfFramesToSum,
+        "Frames in a sliding sum; 0: all",
+        CLI::Range(0, 1'000'000));
+    add(command,
+        "--mz-hash-factor",
+        &Parameters::mzHashFactor,
+        "Bins per Th; version 2 takes 500",
+        CLI::Range(1.0, 100'000.0));
+    add(command,
+        "--d2-hash-factor",
+        &Parameters::d2HashFactor,
+        "Mobility scans, without mobility MS1 scans, in a column",
+        CLI::Range(0.01, 1e6));
+}
+
+/// The search for hills.
+void FeatureSettings::addHills(CLI::App& command)
+{
+    const auto fraction = CLI::Range(0.0, 1.0);
+    const auto width = CLI::Range(1, 100'000);
+    const auto passes = CLI::Range(0, 1000);
+    add(command,
+        "--hill-limit-ratio-d2",
+        &Parameters::hillLimitRatioD2,
+        "Relative height at which a hill ends along mobility, without it along retention",
+        fraction);
+    add(command,
+        "--hill-limit-ratio-mz",
+        &Parameters::hillLimitRatioMz,
+        "Relative height at which a hill ends along m/z",
+        fraction);
+    add(command,
+        "--mz-kernel-width",
+        &Parameters::mzKernelWidth,
+        "Gaussian along m/z, bins; version 2 takes 35",
+        CLI::Range(3, 100'000));
+    add(command,
+        "--mz-smoothing-passes",
+        &Parameters::mzSmoothingPasses,
+        "How often it is applied",
+        passes);
+    add(command,
+        "--d2-kernel-width",
+        &Parameters::d2KernelWidth,
+        "Gaussian along mobility, without it along retention, columns",
+        width);
+    add(command,
+        "--d2-smoothing-passes",
+        &Parameters::d2SmoothingPasses,
+        "How often it is applied",
+        passes);
+    add(command,
+        "--kernel-sigma",
+        &Parameters::kernelSigma,
+        "Standard deviation of both, bins and columns",
+        CLI::Range(0.0, 1e6));
+}
+
+Parameters FeatureSettings::forRun(bool hasMobility) const
+{
+    Parameters params;
+    if (m_preset == "qtof") {
+        params = Parameters::qtof();
+    } else if (m_preset == "tims" || (m_preset == "auto" && hasMobility)) {
+        params = Parameters::trappedMobility();
+    }
+    params.featureFinderVersion = m_version.value_or(hasMobility ? 2 : 1);
+    if (!m_networkFile.empty()) {
+        params.networkFilePath = QString::fromStdString(m_networkFile);
+    }
+    for (const auto& copy : m_copyIfGiven) {
+        copy(params);
+    }
+    return params;
+}
+
+} // namespace zel::tool
