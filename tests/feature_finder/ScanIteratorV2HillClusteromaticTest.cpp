@@ -21,9 +21,10 @@ HillD2 hillD2(double mz, int column, double intensity)
     hill.mzApex = mz;
     hill.intensity = intensity;
     hill.d1 = 7;
-    hill.d2Lo = 10 * column - 30;
-    hill.d2Hi = 10 * column + 40;
-    hill.d2Apex = 10 * column;
+    const int d2 = column < 1000 ? 10 * column : 0; // some columns are beyond reason
+    hill.d2Lo = d2 - 30;
+    hill.d2Hi = d2 + 40;
+    hill.d2Apex = d2;
     hill.d2ApexIndex = column;
     return hill;
 }
