@@ -25,6 +25,10 @@ constexpr std::size_t kFewestSlots = 16;
 /// made anew when it has grown to as many again.
 constexpr std::size_t kListReserve = 2;
 
+/// How many entries ahead memory is asked for: rows are spread all over a column, and each look
+/// that had to wait would hold up the next.
+constexpr std::size_t kAhead = 12;
+
 /// Whether a + b is `sum` without rounding; NaN never is.
 bool isExactSum(double a, double b, double sum)
 {
@@ -58,10 +62,15 @@ void FrameSum::Cell::add(double value)
     }
 }
 
+std::size_t FrameSum::Column::firstSlotOf(int row) const
+{
+    return (static_cast<std::uint32_t>(row) * kHashFactor) >> m_shift;
+}
+
 std::size_t FrameSum::Column::slotOf(int row) const
 {
     const std::size_t mask = m_slots.size() - 1;
-    std::size_t slot = (static_cast<std::uint32_t>(row) * kHashFactor) >> m_shift;
+    std::size_t slot = firstSlotOf(row);
     while (m_slots[slot] >= 0 && m_cells[static_cast<std::size_t>(m_slots[slot])].row != row) {
         slot = (slot + 1) & mask;
     }
@@ -112,6 +121,9 @@ void FrameSum::Column::countIn(int index, double sumBefore, Census* census)
 void FrameSum::Column::add(const StoredEntries& entries, int* cells, Census* census)
 {
     for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (i + kAhead < entries.size() && !m_slots.empty()) {
+            __builtin_prefetch(&m_slots[firstSlotOf(entries.indices[i + kAhead])]);
+        }
         const int index = cellAt(entries.indices[i]);
         Cell& cell = m_cells[static_cast<std::size_t>(index)];
         const double before = cell.sum;
@@ -128,6 +140,9 @@ void FrameSum::Column::subtract(const StoredEntries& entries,
                                 SumAnew sumAnew)
 {
     for (std::size_t i = 0; i < entries.size(); ++i) {
+        if (i + kAhead < entries.size()) {
+            __builtin_prefetch(&m_cells[static_cast<std::size_t>(cells[i + kAhead])]);
+        }
         Cell& cell = m_cells[static_cast<std::size_t>(cells[i])];
         const double before = cell.sum;
         cell.sum -= entries.values[i];

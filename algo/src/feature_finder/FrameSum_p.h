@@ -102,6 +102,7 @@ private:
         void forEachStrong(double strongBound, Use use);
 
     private:
+        std::size_t firstSlotOf(int row) const;
         std::size_t slotOf(int row) const;
         int cellAt(int row);
         int newCell(int row);
