@@ -27,14 +27,19 @@ PEAK_SIGMA = 5.0  # seconds, the simulator's defaults
 PEAK_TAIL = 3.0
 MIN_INTENSITY = 5000.0
 
-# Name, options of zel simulate, shortest hill along retention and along mobility.
+TIME_OF_FLIGHT = ["--time-of-flight", "--resolving-power", "40000"]
+
+MOBILITY = ["--minutes", "8", "--drift", "0.1", "--stray-peaks", "2000", "--mz-noise", "3"] + TIME_OF_FLIGHT
+
+# Name: options of zel simulate, seeds of the runs, shortest hill along retention and along mobility.
 RUNS = {
-    "lc-ms 30 min, 500 peptides": (["--seed", "11"], 5, 0),
-    "lc-ms 30 min, 5,000 peptides": (["--seed", "12", "--peptides", "5000"], 5, 0),
-    "lc-ms profile, 500 peptides": (["--seed", "13", "--profile", "--resolving-power", "120000"], 5, 0),
-    "mobility 8 min, 300 peptides": (
-        ["--seed", "14", "--minutes", "8", "--drift", "0.1", "--peptides", "300", "--mobility-scans", "500",
-         "--time-of-flight", "--resolving-power", "40000", "--mz-noise", "3", "--stray-peaks", "2000"], 3, 7),
+    "lc-ms 30 min, 500 peptides": ([], [11, 12, 13], 5, 0),
+    "lc-ms 30 min, 2,000 peptides": (["--peptides", "2000"], [14], 5, 0),
+    "lc-ms 30 min, 5,000 peptides": (["--peptides", "5000"], [15], 5, 0),
+    "lc-ms profile, 500 peptides": (["--profile", "--resolving-power", "120000"], [16, 17, 18], 5, 0),
+    "lc-ms time of flight, 500 peptides": (["--mz-noise", "2"] + TIME_OF_FLIGHT, [19, 20, 21], 5, 0),
+    "mobility 500 scans, 300 peptides": (["--peptides", "300", "--mobility-scans", "500"] + MOBILITY, [22, 23], 3, 7),
+    "mobility 900 scans, 1,000 peptides": (["--peptides", "1000", "--mobility-scans", "900"] + MOBILITY, [24], 3, 7),
 }
 
 
@@ -162,32 +167,50 @@ def why_missed(ion, features):
     return "nothing"
 
 
-def evaluate(name, truth_path, features_path, visibility, show_misses):
-    ions = read_truth(truth_path)
-    masses = [ion["mono_mass"] for ion in ions]
-    features = read_features(features_path)
-    is_found = [False] * len(ions)
-    false_features = []
-    errors = []
-    for feature in features:
-        hits = list(matches(ions, masses, feature, MASS_PPM))
-        for i in hits:
-            is_found[i] = True
-            errors.append((feature["mono_mass"] / ions[i]["mono_mass"] - 1.0) * 1e6)
-        if not hits:
-            false_features.append(feature)
-    wanted = [i for i, ion in enumerate(ions) if visibility.isotopes(ion) >= MIN_ISOTOPES]
-    missed = [i for i in wanted if not is_found[i]]
-    found = 100.0 * (len(wanted) - len(missed)) / max(len(wanted), 1)
-    false = 100.0 * len(false_features) / max(len(features), 1)
-    mean = sum(errors) / max(len(errors), 1)
-    spread = math.sqrt(sum((e - mean) ** 2 for e in errors) / max(len(errors), 1))
-    print("%s\t%d\t%d\t%.1f\t%d\t%.1f\t%+.2f\t%.2f\t%s" % (
-        name, len(ions), len(wanted), found, len(features), false, mean, spread,
-        "yes" if found >= 95.0 and false <= 5.0 else "NO"), flush=True)
-    if show_misses:
-        tell_misses([ions[i] for i in missed], features, false_features, ions, masses)
-    return found >= 95.0 and false <= 5.0
+class Outcome:
+    """What the runs of one kind came to."""
+
+    def __init__(self):
+        self.ion_count = 0
+        self.wanted_count = 0
+        self.missed = []  # why
+        self.feature_count = 0
+        self.false_features = []
+        self.false_kinds = []
+        self.errors = []  # ppm
+
+    def add(self, ions, features, visibility):
+        masses = [ion["mono_mass"] for ion in ions]
+        is_found = [False] * len(ions)
+        for feature in features:
+            hits = list(matches(ions, masses, feature, MASS_PPM))
+            for i in hits:
+                is_found[i] = True
+                self.errors.append((feature["mono_mass"] / ions[i]["mono_mass"] - 1.0) * 1e6)
+            if not hits:
+                self.false_features.append(feature)
+                self.false_kinds.append(why_false(feature, ions, masses))
+        wanted = [i for i, ion in enumerate(ions) if visibility.isotopes(ion) >= MIN_ISOTOPES]
+        self.missed += [why_missed(ions[i], features) for i in wanted if not is_found[i]]
+        self.ion_count += len(ions)
+        self.wanted_count += len(wanted)
+        self.feature_count += len(features)
+
+    def tell(self, name, details):
+        found = 100.0 * (self.wanted_count - len(self.missed)) / max(self.wanted_count, 1)
+        false = 100.0 * len(self.false_features) / max(self.feature_count, 1)
+        mean = sum(self.errors) / max(len(self.errors), 1)
+        spread = math.sqrt(sum((e - mean) ** 2 for e in self.errors) / max(len(self.errors), 1))
+        is_good = found >= 95.0 and false <= 5.0
+        print("%s\t%d\t%d\t%.1f\t%d\t%.1f\t%+.2f\t%.2f\t%s" % (
+            name, self.ion_count, self.wanted_count, found, self.feature_count, false, mean, spread,
+            "yes" if is_good else "NO"), flush=True)
+        if details:
+            print("  missed: " + count_by(self.missed))
+            print("  false: " + count_by(self.false_kinds))
+            print("  false by charge: " + count_by(int(f["charge"]) for f in self.false_features))
+            print("  false by isotopes: " + count_by(int(f["isotope_count"]) for f in self.false_features))
+        return is_good
 
 
 def count_by(values):
@@ -197,48 +220,48 @@ def count_by(values):
     return ", ".join("%s %d" % item for item in sorted(counts.items(), key=lambda item: -item[1]))
 
 
-def tell_misses(missed, features, false_features, ions, masses):
-    print("  missed: " + count_by(why_missed(ion, features) for ion in missed))
-    print("  missed by charge: " + count_by(ion["charge"] for ion in missed))
-    kinds = []
-    for feature in false_features:
-        kind = "alone"
-        if any(True for _ in matches(ions, masses, feature, 20.0)):
-            kind = "mass off by 5 to 20 ppm"
-        elif any(True for _ in matches(ions, masses, feature, MASS_PPM, same_charge=False)):
-            kind = "other charge of a mass"
-        else:
-            for steps in list(range(-9, 0)) + list(range(1, 10)):
-                moved = dict(feature, mono_mass=feature["mono_mass"] - steps * 1.003355)
-                if any(True for _ in matches(ions, masses, moved, 10.0)):
-                    kind = "offset %+d" % steps
-                    break
-        kinds.append(kind)
-    print("  false: " + count_by(kinds))
-    print("  false by charge: " + count_by(int(f["charge"]) for f in false_features))
-    print("  false by isotopes: " + count_by(int(f["isotope_count"]) for f in false_features))
+def why_false(feature, ions, masses):
+    """What a feature without an ion comes from."""
+    def is_near(mass, ppm, same_charge=True):
+        return any(True for _ in matches(ions, masses, dict(feature, mono_mass=mass), ppm, same_charge))
+
+    if is_near(feature["mono_mass"], 20.0):
+        return "mass off by 5 to 20 ppm"
+    if is_near(feature["mono_mass"], MASS_PPM, same_charge=False):
+        return "other charge of a mass"
+    for steps in list(range(-9, 0)) + list(range(1, 10)):
+        if is_near(feature["mono_mass"] - steps * 1.003355, 10.0):
+            return "offset %+d" % steps
+    return "alone"
 
 
-def run(zel, work, name, options, show_misses):
-    simulate_options, scans, mobility_scans = RUNS[name]
-    base = os.path.join(work, "".join(c if c.isalnum() else "_" for c in name))
-    stamp = " ".join(simulate_options)
+def simulated(zel, base, options):
+    """Makes the run unless it is there."""
+    stamp = " ".join(options)
     if not os.path.exists(base + ".done") or open(base + ".done").read() != stamp:
-        subprocess.run([zel, "simulate", "-o", base + ".mzML"] + simulate_options, check=True,
+        subprocess.run([zel, "simulate", "-o", base + ".mzML"] + options, check=True,
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         with open(base + ".done", "w") as stream:
             stream.write(stamp)
-    tool = subprocess.run([zel, "features", base + ".mzML", "-o", work, "--tsv"] + options, check=True,
-                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+
+
+def run(zel, work, name, options, details):
+    simulate_options, seeds, scans, mobility_scans = RUNS[name]
     sigma_scans = 0.0
     if mobility_scans:
         count = int(simulate_options[simulate_options.index("--mobility-scans") + 1])
         sigma_scans = 0.01 * (count - 1)  # of a range of 1 V s/cm2
     visibility = Visibility(scans, mobility_scans, 1.0, sigma_scans, "--profile" in simulate_options)
-    is_good = evaluate(name, base + ".truth.tsv", base + ".features.tsv", visibility, show_misses)
-    if show_misses:
-        print("  " + tool.stdout.strip().split(": ", 1)[1])
-    return is_good
+    outcome = Outcome()
+    for seed in seeds:
+        base = os.path.join(work, "run%d" % seed)
+        simulated(zel, base, ["--seed", str(seed)] + simulate_options)
+        tool = subprocess.run([zel, "features", base + ".mzML", "-o", work, "--tsv"] + options, check=True,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+        outcome.add(read_truth(base + ".truth.tsv"), read_features(base + ".features.tsv"), visibility)
+        if details:
+            print("  " + tool.stdout.strip().split(": ", 1)[1])
+    return outcome.tell(name, details)
 
 
 def main():
@@ -249,7 +272,7 @@ def main():
     parser.add_argument("--misses", action="store_true", help="tell what is wrong")
     parser.add_argument("--with", dest="options", default="", type=shlex.split, help="options of zel features")
     arguments = parser.parse_args()
-    print("run\tions\tto be found\tfound %\treported\tfalse %\tmass error ppm\tits spread\tgoals met")
+    print("runs\tions\tto be found\tfound %\treported\tfalse %\tmass error ppm\tits spread\tgoals met")
     with tempfile.TemporaryDirectory() as temporary:
         work = arguments.work or temporary
         os.makedirs(work, exist_ok=True)

@@ -2,6 +2,8 @@
 
 #include "tools/sources/SpectrumUtils.h"
 
+#include <Eigen/Dense>
+
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -19,6 +21,8 @@ constexpr double kMaxValleyRatio = 0.85;
 constexpr double kGapRatio = 2.5;
 /// "Nearby" are the steps of a block of this many and of its two neighbour blocks.
 constexpr std::size_t kStepBlockSize = 32;
+/// The samples of a peak that are at least this share of the highest one tell where its centre is.
+constexpr double kCoreShare = 0.4;
 /// 1 / exp(-0.5 (0.5 / sigma)^2) at a full width at half height of 2 samples, sigma 0.849.
 constexpr double kMaxHeightGain = 1.19;
 
@@ -127,6 +131,58 @@ QPointF gaussianThrough(const QPointF& left, const QPointF& middle, const QPoint
     return {middle.x() + x, middle.y() * std::min(gain, kMaxHeightGain)};
 }
 
+/// The samples around a top, its neighbours and those behind them that fall on down to kCoreShare
+/// of the top.
+std::span<const QPointF> coreOf(std::span<const QPointF> run, const Top& top)
+{
+    const double lowest = kCoreShare * top.height;
+    std::size_t first = top.first - 1;
+    while (first > 0 && run[first - 1].y() >= lowest && run[first - 1].y() < run[first].y()) {
+        --first;
+    }
+    std::size_t last = top.last + 1;
+    while (last + 1 < run.size() && run[last + 1].y() >= lowest &&
+           run[last + 1].y() < run[last].y()) {
+        ++last;
+    }
+    return run.subspan(first, last - first + 1);
+}
+
+/// The vertex of the parabola of least squares through the logarithms of the samples, weighted by
+/// the squares of their intensities.
+/// \param middle  the highest sample
+QPointF gaussianFit(std::span<const QPointF> core, const QPointF& middle)
+{
+    const double scale = core.back().x() - core.front().x();
+    Eigen::Matrix3d normal = Eigen::Matrix3d::Zero();
+    Eigen::Vector3d right = Eigen::Vector3d::Zero();
+    for (const QPointF& sample : core) {
+        const double x = (sample.x() - middle.x()) / scale;
+        const double y = sample.y() / middle.y();
+        const Eigen::Vector3d powers(1.0, x, x * x);
+        normal += y * y * powers * powers.transpose();
+        right += y * y * std::log(y) * powers;
+    }
+    const Eigen::Vector3d fit = normal.ldlt().solve(right);
+    const double x = -0.5 * fit(1) / fit(2);
+    const double gain = std::exp(fit(0) + 0.5 * fit(1) * x);
+    return {middle.x() + x * scale, middle.y() * std::min(gain, kMaxHeightGain)};
+}
+
+/// The fit, or the parabola through the top and its neighbours where there is no more to go by or
+/// the fit is no peak inside the samples.
+QPointF vertexOf(std::span<const QPointF> run, const Top& top)
+{
+    const std::span<const QPointF> core = coreOf(run, top);
+    if (core.size() > 3) {
+        const QPointF vertex = gaussianFit(core, run[top.first]);
+        if (vertex.x() > run[top.first - 1].x() && vertex.x() < run[top.last + 1].x()) {
+            return vertex;
+        }
+    }
+    return gaussianThrough(run[top.first - 1], run[top.first], run[top.last + 1]);
+}
+
 QPointF weightedMean(const QPointF& top, const QPointF& neighbour)
 {
     const double share = neighbour.y() / (top.y() + neighbour.y());
@@ -146,7 +202,7 @@ QPointF centroidOf(std::span<const QPointF> run, const Top& top)
                        : gaussianThrough(first, run[top.last], run[top.last + 1]);
     }
     if (hasLeft && hasRight) {
-        return gaussianThrough(run[top.first - 1], first, run[top.last + 1]);
+        return vertexOf(run, top);
     }
     if (hasLeft || hasRight) {
         return weightedMean(first, hasLeft ? run[top.first - 1] : run[top.last + 1]);

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <cmath>
 #include <limits>
 #include <sstream>
 
@@ -26,7 +28,7 @@ std::string textOf(const T& value)
 template <typename T>
 std::string defaultsOf(T Parameters::*field)
 {
-    const T value = Parameters().*field;
+    const T value = Parameters::orbitrap().*field;
     std::string text = textOf(value);
     const char* separator = "; ";
     for (const auto& [name, preset] :
@@ -37,6 +39,16 @@ std::string defaultsOf(T Parameters::*field)
         }
     }
     return text;
+}
+
+/// Makes the m/z kernel as wide as a peak: its standard deviation, and two of these to each side.
+void setKernel(double peakWidthMz, Parameters& params)
+{
+    constexpr double sigmaOfWidth = 2.3548; // 2 sqrt(2 ln 2)
+    constexpr double widest = 100.0;        // bins; what looks wider is no peak
+    params.kernelSigma =
+        std::clamp(peakWidthMz * params.mzHashFactor / sigmaOfWidth, params.kernelSigma, widest);
+    params.mzKernelWidth = 2 * static_cast<int>(std::lround(2.0 * params.kernelSigma)) + 1;
 }
 
 } // namespace
@@ -62,10 +74,11 @@ void FeatureSettings::add(CLI::App& command,
 void FeatureSettings::addTo(CLI::App& command)
 {
     command
-        .add_option(
-            "--preset",
-            m_preset,
-            "Settings to start from; auto: tims for runs with mobility, orbitrap for others")
+        .add_option("--preset",
+                    m_preset,
+                    "Settings to start from; auto: tims for runs with mobility, orbitrap for "
+                    "others, with an "
+                    "m/z kernel as wide as the peaks of profile spectra")
         ->capture_default_str()
         ->check(CLI::IsMember({"auto", "orbitrap", "qtof", "tims"}));
     addAcceptance(command);
@@ -239,13 +252,15 @@ void FeatureSettings::addHills(CLI::App& command)
         CLI::Range(0.0, 1e6));
 }
 
-Parameters FeatureSettings::forRun(bool hasMobility) const
+Parameters FeatureSettings::forRun(bool hasMobility, std::optional<double> peakWidthMz) const
 {
-    Parameters params;
+    Parameters params = Parameters::orbitrap();
     if (m_preset == "qtof") {
         params = Parameters::qtof();
     } else if (m_preset == "tims" || (m_preset == "auto" && hasMobility)) {
         params = Parameters::trappedMobility();
+    } else if (m_preset == "auto" && peakWidthMz) {
+        setKernel(*peakWidthMz, params);
     }
     params.featureFinderVersion = m_version.value_or(hasMobility ? 2 : 1);
     if (!m_networkFile.empty()) {

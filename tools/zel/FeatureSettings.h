@@ -22,8 +22,11 @@ public:
     void addTo(CLI::App& command);
 
     /// The settings for a run: the preset, or the one for its kind of data, with what was given
-    /// put in. The version is 2 with mobility and 1 without, unless given.
-    SettableFeatureFinderParameters forRun(bool hasMobility) const;
+    /// put in. The version is 2 with mobility and 1 without, unless given. Where the preset is
+    /// chosen by the run, the m/z kernel is made for the peaks of profile spectra.
+    /// \param peakWidthMz  full width at half height of a profile peak, Th; nothing for centroids
+    SettableFeatureFinderParameters forRun(bool hasMobility,
+                                           std::optional<double> peakWidthMz) const;
 
 private:
     template <typename T, typename Check>

@@ -8,6 +8,7 @@
 #include "tools/zel/Command.h"
 #include "tools/zel/FeatureSettings.h"
 #include "tools/zel/FeatureTable.h"
+#include "tools/zel/ProfileWidth.h"
 #include "tools/zel/TextOutput.h"
 
 #include <CLI/CLI.hpp>
@@ -21,6 +22,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace zel::tool {
@@ -104,8 +106,12 @@ Result<RunFeatures> findFeatures(const FeaturesOptions& options,
 {
     Error e;
     ZEL_ASSIGN_OR_RETURN(const bool hasMobility, source->hasMobility());
+    std::optional<double> peakWidthMz;
+    if (!hasMobility) {
+        ZEL_ASSIGN_OR_RETURN(peakWidthMz, profilePeakWidth(source));
+    }
     RunFeatures found;
-    found.params = options.settings.forRun(hasMobility);
+    found.params = options.settings.forRun(hasMobility, peakWidthMz);
     if (found.params.featureFinderVersion == 2 && !hasMobility) {
         ZEL_RETURN_ERROR(
             kBadParameterError,

@@ -6,9 +6,18 @@ namespace zel {
 
 SettableFeatureFinderParameters::SettableFeatureFinderParameters() = default;
 
-SettableFeatureFinderParameters SettableFeatureFinderParameters::qtof()
+SettableFeatureFinderParameters SettableFeatureFinderParameters::orbitrap()
 {
     SettableFeatureFinderParameters params;
+    params.minHillLengthD1 = 8;
+    params.featureFinderVersion = 1;
+    params.d2KernelWidth = 5;
+    return params;
+}
+
+SettableFeatureFinderParameters SettableFeatureFinderParameters::qtof()
+{
+    SettableFeatureFinderParameters params = orbitrap();
     params.minAveragineScore = 0.75;
     params.relativeFrameNoiseFloor = 1.5;
     params.ppmTolerance = 15;
@@ -24,12 +33,12 @@ SettableFeatureFinderParameters SettableFeatureFinderParameters::trappedMobility
     SettableFeatureFinderParameters params;
     params.minAveragineScore = 0.7;
     params.minHillLengthD1 = 3;
-    params.relativeFrameNoiseFloor = 1.0;
+    params.minHillLengthD2 = 12;
     params.ppmTolerance = 15;
     params.featureFinderVersion = 2;
+    params.numberOfFramesToSum = 1;
     params.mzHashFactor = 500.0;
     params.mzKernelWidth = 35;
-    params.d2KernelWidth = 21;
     params.kernelSigma = 5.0;
     return params;
 }

@@ -10,21 +10,28 @@ namespace zel {
 /// The settings of untargeted feature finding. A plain value; each finder keeps its own copy.
 ///
 /// D1 is the scan or frame number along retention, D2 the mobility scan inside a frame; gaps and
-/// lengths are in the source's own numbers of them. A default record suits centroided or profile
-/// LC-MS of an Orbitrap at a resolution of about 120,000; `qtof` and `trappedMobility` are presets
-/// for other data, which differ in the fields that their comments name.
+/// lengths are in the source's own numbers of them. A default record suits the scan-wise finder;
+/// the presets are those for the other two, tuned on simulated and published runs. A hill is longer
+/// than its signal, by a kernel less one column and by the column that ends it on each side: a peak
+/// in one scan, with 5 columns of kernel, gives a hill of 7 columns. The presets ask for so many
+/// columns that a peak in one scan makes no hill.
 struct ZEL_EXPORT SettableFeatureFinderParameters
 {
     SettableFeatureFinderParameters();
 
-    /// LC-MS of a time-of-flight analyser, resolution about 40,000: lower averagine score (0.75),
-    /// a noise floor (1.5), 15 ppm, 20,000 points a scan, 500 bins per Th, wider m/z kernel (11
-    /// points, sigma 3).
+    /// LC-MS of an Orbitrap, centroids or profiles at a resolution of about 120,000: version 1, a
+    /// kernel of 5 scans, hills of 8 columns.
+    static SettableFeatureFinderParameters orbitrap();
+
+    /// LC-MS of a time-of-flight analyser, resolution about 40,000: as `orbitrap`, but a lower
+    /// averagine score (0.75), a noise floor (1.5), 15 ppm, 20,000 points a scan, 500 bins per Th,
+    /// wider m/z kernel (11 points, sigma 3).
     static SettableFeatureFinderParameters qtof();
 
     /// Trapped ion mobility with a time-of-flight analyser: version 2; lower averagine score (0.7),
-    /// 3 frames suffice, a noise floor (1.0), 15 ppm, 500 bins per Th, kernels of 35 bins of m/z
-    /// and 21 of mobility, sigma 5.
+    /// 15 ppm, 500 bins per Th, kernels of 35 bins of m/z and 9 of mobility, sigma 5, hills of 12
+    /// columns, features of 3 frames. Frames are not summed: a frame keeps at most 15,000 points,
+    /// which the sum of several would fill with the strong ions.
     static SettableFeatureFinderParameters trappedMobility();
 
     /// Writes all values to the log.
