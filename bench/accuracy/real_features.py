@@ -17,6 +17,7 @@ import shlex
 import shutil
 import subprocess
 import sys
+import tempfile
 import xml.etree.ElementTree as ElementTree
 
 PROTON = 1.00727646677
@@ -228,13 +229,15 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("zel")
     parser.add_argument("data")
-    parser.add_argument("--work", default="real_features", help="folder for unpacked runs and results")
+    parser.add_argument("--work", help="folder for unpacked runs and results, kept; one that is removed if not given")
     parser.add_argument("--details", action="store_true", help="tell what is wrong")
     parser.add_argument("--with", dest="options", default="", type=shlex.split, help="options of zel features")
     arguments = parser.parse_args()
-    os.makedirs(arguments.work, exist_ok=True)
-    tell_identified(arguments.zel, arguments.data, arguments.work, arguments.options, arguments.details)
-    tell_agreement(arguments.zel, arguments.data, arguments.work, arguments.options, arguments.details)
+    with tempfile.TemporaryDirectory() as temporary:
+        work = arguments.work or temporary
+        os.makedirs(work, exist_ok=True)
+        tell_identified(arguments.zel, arguments.data, work, arguments.options, arguments.details)
+        tell_agreement(arguments.zel, arguments.data, work, arguments.options, arguments.details)
 
 
 if __name__ == "__main__":

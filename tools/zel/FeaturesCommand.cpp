@@ -81,21 +81,27 @@ Error prepareOutputs(const FeaturesOptions& options)
     return kNoError;
 }
 
-/// Lets a mobility run of fewer frames than are to be summed have what it has, and features as
-/// short as that: one infused frame is a run, too.
+/// Lets a mobility run of few frames have what it has, and features as short as that: one infused
+/// frame is a run, too.
 Error fitToFrames(const QString& path,
                   msreader::MsDataSourceInterface* source,
                   SettableFeatureFinderParameters* params)
 {
     ZEL_ASSIGN_OR_RETURN(const auto ids, source->scanIds(msreader::MsQuery::createByMsLevel(1)));
     const auto frameCount = static_cast<int>(ids.size());
-    if (frameCount == 0 || frameCount >= params->numberOfFramesToSum) {
+    const int framesToSum = std::min(params->numberOfFramesToSum, frameCount);
+    if (framesToSum == 0) {
+        return kNoError; // all frames are summed, or there is none
+    }
+    const int windowCount = std::max(frameCount - framesToSum, 1);
+    const int longestFeature = windowCount - 1 + framesToSum - 1;
+    if (framesToSum == params->numberOfFramesToSum && params->minHillLengthD1 <= longestFeature) {
         return kNoError;
     }
-    params->numberOfFramesToSum = frameCount;
-    params->minHillLengthD1 = std::min(params->minHillLengthD1, frameCount - 1);
+    params->numberOfFramesToSum = framesToSum;
+    params->minHillLengthD1 = std::min({params->minHillLengthD1, longestFeature, windowCount});
     std::cerr << "zel: " << path.toStdString() << " holds " << frameCount
-              << " frames: so many are summed, and features may be as short\n";
+              << " frames: features may be as short\n";
     return kNoError;
 }
 
