@@ -25,10 +25,10 @@ struct XicSignal
 /// Bridges gaps, smooths by a Gaussian with a standard deviation of one sample (of three taps where
 /// a peak is no wider than 5 samples at half height), and estimates the noise where there is
 /// signal: 1.4826 times the median magnitude of the fourth differences over sqrt(70), and at least
-/// half the smallest positive height, as what lies below that was not reported. \param xic
-/// (minutes, intensity), times not descending \param maxGapPoints  gaps of at most this many
-/// samples at or below 0 between signal are replaced
-///                      by a line
+/// half the smallest positive height, as what lies below that was not reported.
+/// \param xic           (minutes, intensity), times not descending
+/// \param maxGapPoints  gaps of at most this many samples at or below 0 between signal are
+///                      replaced by a line
 /// \return kBadParameterError when a value is not finite or the times descend
 Result<XicSignal> xicSignal(const QList<QPointF>& xic, int maxGapPoints);
 

@@ -31,10 +31,12 @@ public:
     /// One XIC for each element of `dimensions`, in order. An XIC has one point (minutes, sum of
     /// the intensities inside the m/z set) for each scan whose time lies in the time set; a scan
     /// without a peak there gives intensity 0. The m/z sets are closed, and widened by 1e-10 at
-    /// each end. \param msLevel   the level of the scans that are read \param filter    Profile or
-    /// Centroid \param progress  one step a chunk; may be null \return kBadParameterError for
-    /// another filter, kOperationCanceledError, kError when the source gives fewer or more spectra
-    /// than asked for, or the failure of the source
+    /// each end.
+    /// \param msLevel   the level of the scans that are read
+    /// \param filter    Profile or Centroid
+    /// \param progress  one step a chunk; may be null
+    /// \return kBadParameterError for another filter, kOperationCanceledError, kError when the
+    ///         source gives fewer or more spectra than asked for, or the failure of the source
     Result<QList<QList<QPointF>>> xic(const QList<XicDimensions>& dimensions,
                                       int msLevel,
                                       msreader::PeakPickingFilter filter,

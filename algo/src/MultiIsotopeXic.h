@@ -53,14 +53,18 @@ public:
     void setWhmParams(WHMParams params) { m_params = std::move(params); }
 
     /// The folded XIC of an ion of which only the mass is known; the isotope pattern is that of
-    /// averagine. \param mass                      neutral monoisotopic mass, Da \param charge at
-    /// least 1 \param mzTolerancePpm            half width of each isotope's window \param
-    /// timeStart, timeEnd        minutes \param isotope                   number of isotope steps
-    /// by which all windows are shifted \param cumulativeIntensityLimit  isotopes are taken until
-    /// their shares of the pattern exceed this sum \param source                    borrowed \param
-    /// isDeamidated              whether `mass` is the deamidated form \return points (minutes,
-    /// intensity); kError when the XICs do not fit together or hold no point, or the failure of
-    ///         the source
+    /// averagine.
+    /// \param mass                      neutral monoisotopic mass, Da
+    /// \param charge                    at least 1
+    /// \param mzTolerancePpm            half width of each isotope's window
+    /// \param timeStart, timeEnd        minutes
+    /// \param isotope                   isotope steps by which all windows are shifted
+    /// \param cumulativeIntensityLimit  isotopes are taken until their shares of the pattern
+    ///                                  exceed this sum
+    /// \param source                    borrowed
+    /// \param isDeamidated              whether `mass` is the deamidated form
+    /// \return points (minutes, intensity); kError when the XICs do not fit together or hold no
+    ///         point, or the failure of the source
     Result<QList<QPointF>> xic(double mass,
                                int charge,
                                const XicWindowFactory& windowFactory,

@@ -10,7 +10,8 @@ using training::Example;
 
 namespace {
 
-constexpr std::array<double, 8> kMassLimitsDa = {700, 1000, 1500, 2000, 3000, 5000, 8000, 1e9};
+constexpr std::array<double, 10> kMassLimitsDa = {
+    400, 700, 1000, 1500, 2000, 3000, 5000, 8000, 10000, 1e9};
 
 int massClass(double massDa)
 {

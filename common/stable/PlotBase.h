@@ -56,8 +56,9 @@ public:
     virtual void setPointList(const QList<QPointF>& points, Calibration* calibration);
 
     /// Replaces the points by those of a text file of one "x<blank or tab>y" pair a line; empty
-    /// lines are skipped. \param sortPoints  true sorts them by x; false refuses a file that is not
-    /// ascending in x \return kFileOpenError or kFileFormatError; the plot is then unchanged
+    /// lines are skipped.
+    /// \param sortPoints  true sorts them by x; false refuses a file that is not ascending in x
+    /// \return kFileOpenError or kFileFormatError; the plot is then unchanged
     virtual Error getDataFromFile(const QString& path, bool sortPoints);
 
     /// Writes one "x<tab>y" line a point, with digits enough to read the same doubles back.
@@ -94,14 +95,16 @@ public:
 
     /// Writes the indices of the local maxima into `out`, ascending, after clearing it. A maximum
     /// rises strictly before and falls strictly after; a plateau counts once, at its first index;
-    /// the ends of the list are no maxima. \param firstIndex, lastIndex  the range of indices to
-    /// look at, both included; a negative last index is the end
+    /// the ends of the list are no maxima.
+    /// \param firstIndex, lastIndex  the range of indices to look at, both included; a negative
+    ///                               last index is the end
     void getMaxIndexList(QList<int>& out, int firstIndex = 0, int lastIndex = -1) const;
 
     /// y at `x`. A point of the plot within 1e-12 of `x`, relative, beyond an end counts as that
-    /// end. \param order   1: on the line through the neighbours; 0: y of the last point whose x is
-    /// not above \param beyond  what the plot is outside its points: 0: zero; 1: y of the nearer
-    /// end
+    /// end.
+    /// \param order   1: on the line through the neighbours; 0: y of the last point whose x is not
+    ///                above
+    /// \param beyond  what the plot is outside its points: 0: zero; 1: y of the nearer end
     double evaluate(double x, int order = 1, int beyond = 0) const;
 
     /// The area under the plot between the limits, in the plot's own units. An empty or inverted

@@ -28,9 +28,11 @@ ZEL_EXPORT double getYMaxBetween(const QList<QPointF>& in,
                                  bool interpolateAtLimits);
 
 /// Keeps at most `maxCount` points, those of highest y; of points of equal y the earlier ones. NaN
-/// counts as lowest. \param keepOrder  true: the kept points stay in their order; false: they are
-/// left in descending y \return how many points were removed \note O(n) with `keepOrder`. It is how
-/// the limits on the ions of a scan are carried out.
+/// counts as lowest. It is how the limits on the ions of a scan are carried out.
+/// \param keepOrder  true: the kept points stay in their order; false: they are left in descending
+///                   y
+/// \return how many points were removed
+/// \note O(n) with `keepOrder`.
 ZEL_EXPORT int removeLowIntensePoints(QList<QPointF>& points, int maxCount, bool keepOrder);
 
 /// Smooths y in place by a Gaussian kernel over x, normalised at each point, so that unevenly

@@ -157,22 +157,29 @@ TEST(ScanIteratorV2HillClusteromaticTest, SubtractsInTheColumnsOfTheSliceOnly)
 
 TEST(ScanIteratorV2HillClusteromaticTest, LowersTheIsotopeCountForSmallIonsOfLowCharge)
 {
+    // Masses 10 % below and above the limit, and a charge below and at the limit.
+    const auto& fixed = g_immutableFeatureFinderParameters;
+    const double light = 0.9 * fixed.lowIsotopeCountMassLimit;
+    const double heavy = 1.1 * fixed.lowIsotopeCountMassLimit;
+    const int low = fixed.lowIsotopeCountChargeLimit - 1;
+    const int high = fixed.lowIsotopeCountChargeLimit;
     const auto firstIsotopes = [](double massDa, int charge, int count) {
         return cluster(massDa, charge, 5, 600.0).first(count);
     };
     SettableFeatureFinderParameters params = openParameters();
     params.minIsotopeCount = 4;
     params.minAveragineScore = 0.0;
-    EXPECT_EQ(clustersOf(firstIsotopes(1100.0, 2, 3), params).size(), 1);
-    EXPECT_EQ(clustersOf(firstIsotopes(1100.0, 2, 2), params).size(), 0);
-    EXPECT_EQ(clustersOf(firstIsotopes(1100.0, 3, 3), params).size(), 0) << "charge at the limit";
-    EXPECT_EQ(clustersOf(firstIsotopes(1300.0, 2, 3), params).size(), 0) << "mass above the limit";
-    EXPECT_EQ(clustersOf(firstIsotopes(1300.0, 2, 4), params).size(), 1);
+    EXPECT_EQ(clustersOf(firstIsotopes(light, low, 3), params).size(), 1);
+    EXPECT_EQ(clustersOf(firstIsotopes(light, low, 2), params).size(), 0);
+    EXPECT_EQ(clustersOf(firstIsotopes(light, high, 3), params).size(), 0) << "charge at the limit";
+    EXPECT_EQ(clustersOf(firstIsotopes(light, high, 4), params).size(), 1);
+    EXPECT_EQ(clustersOf(firstIsotopes(heavy, low, 3), params).size(), 0) << "mass above the limit";
+    EXPECT_EQ(clustersOf(firstIsotopes(heavy, low, 4), params).size(), 1);
     params.minAveragineScore = 1.01;
-    EXPECT_EQ(clustersOf(firstIsotopes(1300.0, 2, 4), params).size(), 0);
+    EXPECT_EQ(clustersOf(firstIsotopes(heavy, low, 4), params).size(), 0);
     params.minAveragineScore = 0.0;
-    params.minMonoMass = 1301.0;
-    EXPECT_EQ(clustersOf(firstIsotopes(1300.0, 2, 4), params).size(), 0);
+    params.minMonoMass = heavy + 1.0;
+    EXPECT_EQ(clustersOf(firstIsotopes(heavy, low, 4), params).size(), 0);
 }
 
 TEST(ScanIteratorV2HillClusteromaticTest, TakesTheFirstHillNearTheMonoisotopicPlace)

@@ -29,9 +29,9 @@ struct SimulatedRun
 /// rounding of its exp and log.
 ///
 /// Fragment spectra of isolation windows (DIA) belong between the frames of this loop, from the
-/// same eluting ions through chem::generateLinearFragments. \param progress  one step for each
-/// hundred frames; may be null \return kBadParameterError for settings that make no sense or a
-/// sample that is not theirs, the
+/// same eluting ions through chem::generateLinearFragments.
+/// \param progress  one step for each hundred frames; may be null
+/// \return kBadParameterError for settings that make no sense or a sample that is not theirs, the
 ///         failures of the FASTA file, kOperationCanceledError
 Result<SimulatedRun> simulateRun(const SimulationSettings& settings,
                                  int sampleIndex,

@@ -14,10 +14,11 @@ class InMemoryDataSource : public IndexedDataSource
 public:
     /// Checks the scans and takes them over.
     /// \param scans  in acquisition order: ids with `d1`, unique, the mobility scans of a frame
-    /// next to each other and ascending in `d2`; times finite and ascending; m/z finite, positive
-    /// and ascending; intensities finite and not negative. May be empty. \param name   what
-    /// `dataSourceInformation` gives as the path \return kBadParameterError that says which scan is
-    /// wrong and why
+    ///               next to each other and ascending in `d2`; times finite and ascending; m/z
+    ///               finite, positive and ascending; intensities finite and not negative. May be
+    ///               empty.
+    /// \param name   what `dataSourceInformation` gives as the path
+    /// \return kBadParameterError that says which scan is wrong and why
     static Result<QSharedPointer<InMemoryDataSource>> create(QList<InMemoryScan> scans,
                                                              const QString& name);
 

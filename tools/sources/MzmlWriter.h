@@ -33,9 +33,10 @@ struct MzmlWriterOptions
 /// first scan. The file is replaced as a whole or left as it was.
 ///
 /// \param scans     as InMemoryDataSource takes them; mobility scans have a positive
-/// `info.mobility`, in ascending order inside a frame \param progress  one step a hundred spectra;
-/// may be null \return kBadParameterError for scans that are not as they should be, kFileOpenError
-/// when the file cannot be written, kOperationCanceledError
+///                  `info.mobility`, in ascending order inside a frame
+/// \param progress  one step a hundred spectra; may be null
+/// \return kBadParameterError for scans that are not as they should be, kFileOpenError when the
+///         file cannot be written, kOperationCanceledError
 Error writeMzml(const QString& path,
                 const QList<InMemoryScan>& scans,
                 const MzmlWriterOptions& options = {},

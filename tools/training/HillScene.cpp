@@ -19,8 +19,8 @@ namespace {
 
 constexpr double kMzStart = 300.0;
 constexpr double kMzEnd = 2000.0;
-constexpr double kLeastMassDa = 400.0;
-constexpr double kGreatestMassDa = 10000.0;
+constexpr double kLeastMassDa = 300.0;
+constexpr double kGreatestMassDa = 20000.0;
 constexpr int kMaxCharge = 10;
 /// Clusters and noise are so many for each piece of this width and of a slice's columns.
 constexpr double kPieceWidthMz = 4.2;

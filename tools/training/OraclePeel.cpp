@@ -107,7 +107,6 @@ void Peeler::lookAround(const ClusterFrame::Point& point, Example* example) cons
 Example Peeler::exampleAt(const ClusterFrame::Point& point)
 {
     Example example;
-    example.kind = m_scene.kind;
     example.mz = FeatureFinderUtilities::unHashMz(point.row, kFixed.clusterMzHashFactor);
     example.signalToNoise = m_frameRaw.coeff(point.row, point.column) / m_scene.noiseLevel;
     const SceneHill& hill = hillAt(point);

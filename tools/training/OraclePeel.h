@@ -15,7 +15,6 @@ struct Example
     double mz = 0.0; ///< of the peak
     int charge = 0;  ///< 0: the peak founds no cluster
     int offset = 0;  ///< isotope steps from the monoisotopic peak
-    SceneKind kind = SceneKind::Run;
     double massDa = 0.0;
     double signalToNoise = 0.0;  ///< of the peak
     int isotopesSeen = 0;        ///< isotopes of the cluster in the slice, the peak included

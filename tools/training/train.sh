@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 output=$(realpath -m "${1:-data/charge_mono.znet}")
 pattern_seed=1
-example_count=1000000
+example_count=1300000
 
 cmake --preset release
 cmake --build --preset release --target zel_training_patterns

@@ -180,7 +180,7 @@ void FeatureSettings::addReading(CLI::App& command)
     add(command,
         "--max-points-per-scan",
         &Parameters::maxPointsPerScan,
-        "Points of a scan that version 0 keeps; room in the cluster matrices",
+        "Points of a scan that version 0 keeps",
         CLI::Range(1, kMostPoints));
     add(command,
         "--max-ion-count",

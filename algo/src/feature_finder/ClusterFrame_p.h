@@ -25,7 +25,6 @@ struct HillPoint
 /// order of the list.
 /// \param points     inside the matrix: rows below clusterRows(), columns not negative
 /// \param hillIndex  where a point is, its number in the list; of several in one cell the last
-/// one's
 void buildHillMatrices(std::span<const HillPoint> points,
                        Eigen::SparseMatrix<double, 0, int>* frameRaw,
                        Eigen::SparseMatrix<int, 0, int>* hillIndex);

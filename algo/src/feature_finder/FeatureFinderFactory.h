@@ -18,9 +18,9 @@ public:
     /// look at data: whether a source suits it shows when it runs.
     ///
     /// 1 is FeatureFinderV2, for runs without ion mobility; 2 is FeatureFinderV24D, for runs with
-    /// it. \return kBadParameterError for a version that there is no finder for, or the finder's
-    /// failure
-    ///         to initialize
+    /// it.
+    /// \return kBadParameterError for a version that there is no finder for, or the finder's
+    ///         failure to initialize
     static Result<QSharedPointer<FeatureFinderBase>> featureFinderFactoryInit(
         const SettableFeatureFinderParameters& params);
 };

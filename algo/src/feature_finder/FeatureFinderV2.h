@@ -30,10 +30,9 @@ public:
     Q_DISABLE_COPY_MOVE(FeatureFinderV2)
 
     /// \return masters ascending in mass, none for a run without a hill. kError for a null source
-    /// or
-    ///         for parameters that make no matrix (a `d2HashFactor` of 0, a width of the m/z kernel
-    ///         below 3); the failure of the networks' file or of the source, at the first scan that
-    ///         cannot be read
+    ///         or for parameters that make no matrix (a `d2HashFactor` of 0, a width of the m/z
+    ///         kernel below 3); the failure of the networks' file or of the source, at the first
+    ///         scan that cannot be read
     Result<QList<MasterFeature>> findFeatures(
         msreader::MsDataSourceInterface* source,
         QSharedPointer<ProgressBarInterface> progress) override;

@@ -42,7 +42,8 @@ void setD2(QList<HillD2>& hills, double d2HashFactor)
     }
 }
 
-/// Appends the clusters of the frame `d1`; none when it has no signal or no hill.
+/// Appends the clusters of the frame `d1`; none when it has no signal, or its clustering fails, as
+/// it does without a hill.
 Error appendClustersOfFrame(int d1,
                             double d2HashFactor,
                             FrameSteps* steps,
@@ -64,7 +65,7 @@ Error appendClustersOfFrame(int d1,
     setD2(hills, d2HashFactor);
     const auto found = steps->clusteromatic.buildChargeFeatures(hills);
     qCDebug(algoLog) << "Features Extracted in ms:" << timer.elapsed();
-    if (found.isOk()) { // else there was nothing to cluster, and the run goes on
+    if (found.isOk()) { // else the frame counts as one without clusters, and the run goes on
         counts->clusters += found.value().size();
         clusters->append(found.value());
     }

@@ -1,6 +1,7 @@
 #include "MatrixRows_p.h"
 #include "common/core_mini/src/algo/EigenUtilities.h"
 
+#include <algorithm>
 #include <bit>
 #include <numeric>
 

@@ -91,6 +91,7 @@ Error checkIsInit(bool isInit)
 Error ScanIteratorV2HillBuilder::init(const SettableFeatureFinderParameters& params)
 {
     Error e;
+    m_isInit = false;
     m_params = params;
     ZEL_RETURN_IF_ERROR(ErrorUtils::aboveThreshold<int>(
         params.mzKernelWidth,
@@ -150,8 +151,10 @@ Result<QList<HillD1>> ScanIteratorV2HillBuilder::buildHills(Matrix* matrix) cons
     qCDebug(algoLog) << matrix->nonZeros() << "point count";
     const Apexes apexes = EigenUtilities::findSparseMatrixApexes(*matrix);
     qCDebug(algoLog) << "Peaks to be climbed" << apexes.size();
+    timer.restart();
     const QList<HillD2> wide =
         wideHills(findHillLimitsFromApexes(apexes, *matrix, rows, -1), m_params.minHillLengthD1);
+    qCDebug(algoLog) << "Hill count" << wide.size() << "Limits found in" << timer.elapsed() << "ms";
     QList<HillD1> hills;
     hills.reserve(wide.size());
     std::transform(wide.cbegin(), wide.cend(), std::back_inserter(hills), toHillD1);

@@ -45,7 +45,7 @@ HillPoint pointOf(const Hill& hill)
 template <typename Hill>
 Error checkHills(const QList<Hill>& hills)
 {
-    constexpr int greatestColumn = std::numeric_limits<int>::max() / 16; // half a GB of columns
+    constexpr int greatestColumn = std::numeric_limits<int>::max() / 16; // half a GB a matrix
     for (const Hill& hill : hills) {
         const HillPoint point = pointOf(hill);
         if (point.row < 0 || point.row >= SpectraSubtractomatic::clusterRows() ||

@@ -41,7 +41,8 @@ public:
     /// \param hills  d2ApexIndex is the column
     /// \return in descending order of the points' intensities; kError before `init` and for a list
     ///         without signal, such as an empty one; kBadParameterError for a hill whose apex lies
-    ///         outside m/z 0 to maxMz, at a negative column, or is not finite
+    ///         below m/z 0, more than half a slice above maxMz, or at a negative column, or is not
+    ///         finite
     Result<QList<ChargeFeatureFrame>> buildChargeFeatures(QList<HillD2> hills);
 
     /// The clusters of the hills of a whole run without mobility, as above; d1ApexIndex is the

@@ -50,9 +50,8 @@ public:
     /// the sample's. XIC and matches stay. Fewer than two features, or those that the mode leaves
     /// out, stay as they are.
     /// \return kBadParameterError for a null feature, when no feature has an XIC or the grid would
-    /// have more than 10
-    ///         million samples in all; kError when the XICs correlate too little or nothing is
-    ///         found on the sum, or without a finder; else the finder's failure
+    ///         have more than 10 million samples in all; kError when the XICs correlate too little
+    ///         or nothing is found on the sum, or without a finder; else the finder's failure
     Error align(QList<Ms1Feature*>* features);
 
     /// The shift of each feature's curve, in grid steps; one of at most 8 times the largest width

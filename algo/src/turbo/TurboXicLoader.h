@@ -32,9 +32,10 @@ public:
     ///
     /// A file that is no cache of these settings is removed and made anew only when its name ends
     /// in TurboXic::cacheIdentifier(); any other file is left alone. So is a valid cache of other
-    /// data: the index then holds that data, and the call fails. \param source           borrowed
-    /// for the call \param dataFingerprint  a text that stands for the data \return whether the
-    /// index is loaded and holds the data of this fingerprint
+    /// data: the index then holds that data, and the call fails.
+    /// \param source           borrowed for the call
+    /// \param dataFingerprint  a text that stands for the data
+    /// \return whether the index is loaded and holds the data of this fingerprint
     bool tryLoadOrCreateCacheFile(msreader::MsDataSourceInterface* source,
                                   const QString& dataFingerprint);
 

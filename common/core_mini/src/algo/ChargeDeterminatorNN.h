@@ -23,9 +23,8 @@ class ZEL_EXPORT ChargeDeterminatorNN
 {
 public:
     /// Loads the network.
-    /// \param networkFilePath  a file as docs/file-formats.md describes it; may lie in a Qt
-    /// resource \return kFileOpenError for a file that cannot be opened, kFileFormatError for one
-    /// that is
+    /// \param networkFilePath  as docs/file-formats.md describes the file; may lie in a Qt resource
+    /// \return kFileOpenError for a file that cannot be opened, kFileFormatError for one that is
     ///         damaged or made for another version of the library; the network that was loaded
     ///         before stays then
     Error init(const QString& networkFilePath);

@@ -111,11 +111,9 @@ public:
     /// Each column convolved with the kernel. Beyond the ends of a column the signal is 0, with no
     /// correction of the level there; the shape is kept.
     /// \param pruneZeros  true: values of magnitude 1e-12 or less are not stored; false: every
-    /// place
-    ///                    that the kernel reaches from a stored entry is, zeros too
+    ///                    place that the kernel reaches from a stored entry is, zeros too
     /// \return compressed; must hold less than 2^31 entries. Initialise or swap with it: Eigen
-    /// copies
-    ///         on an assignment
+    ///         copies on an assignment
     /// \note O(stored entries * kernel size + columns), however large the matrix.
     static Eigen::SparseMatrix<double> applyKernelColumnWiseToMatrix(
         const Eigen::SparseMatrix<double>& m, const Eigen::VectorXd& kernel, bool pruneZeros);

@@ -55,8 +55,7 @@ public:
     /// length 2 * halfWidth + 1, and `centerBin` stands at the index `halfWidth`. What lies outside
     /// the scan is empty.
     /// \return kBadParameterError, with `out` unchanged, for a half width below 0 or beyond half
-    /// the
-    ///         range of `int`
+    ///         the range of `int`
     /// \note O(log n + entries copied).
     static Error sliceScan(const Eigen::SparseVector<double, Eigen::RowMajor, int>& scan,
                            int centerBin,

@@ -30,8 +30,7 @@ ZEL_EXPORT double calculateUnchargedMassFromMzCharge(double mz,
 /// Neutral monoisotopic mass of a linear peptide, Da; see chem::residueMass for what each letter
 /// counts.
 /// \param modifications  by position in the sequence: name and mass difference, Da; their masses
-/// are
-///                       added, whatever the position
+///                       are added, whatever the position
 ZEL_EXPORT double calculateMassOfPeptide(
     const QString& sequence, const QMap<int, std::pair<QString, double>>& modifications);
 

@@ -69,8 +69,7 @@ struct ZEL_EXPORT SettableFeatureFinderParameters
 
     // How much is read and kept in memory.
 
-    /// The scan-wise finder keeps this many points of a scan; also the entries reserved for each
-    /// column of a cluster matrix.
+    /// The scan-wise finder keeps this many points of a scan.
     int maxPointsPerScan = 2000;
     /// Points kept of one scan by the hill finder of runs without mobility and by the parameter
     /// estimation.
