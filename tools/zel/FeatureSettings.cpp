@@ -12,6 +12,7 @@ using Parameters = SettableFeatureFinderParameters;
 
 namespace {
 
+constexpr double kLargest = 1e12; // where there is no limit: keeps messages short
 constexpr int kMostPoints = 100'000'000;
 
 template <typename T>
@@ -132,7 +133,7 @@ void FeatureSettings::addAcceptance(CLI::App& command)
         "--relative-frame-noise-floor",
         &Parameters::relativeFrameNoiseFloor,
         "Points up to this multiple of the median are dropped; 0: none",
-        CLI::NonNegativeNumber);
+        CLI::Range(0.0, kLargest));
     add(command,
         "--ppm-tolerance",
         &Parameters::ppmTolerance,
@@ -152,12 +153,12 @@ void FeatureSettings::addAcceptance(CLI::App& command)
         "--min-feature-width",
         &Parameters::minFeatureWidth,
         "Narrowest feature that is matched between samples, min; of no effect on one run",
-        CLI::NonNegativeNumber);
+        CLI::Range(0.0, kLargest));
     add(command,
         "--min-intensity-dynamic-range",
         &Parameters::minIntensityDynamicRange,
         "Least ratio of strongest to weakest member; read by version 0 only",
-        CLI::NonNegativeNumber);
+        CLI::Range(0.0, kLargest));
     add(command,
         "--remove-charge-one-only-features",
         &Parameters::removeChargeOneOnlyFeatures,
@@ -280,7 +281,7 @@ void FeatureSettings::addPeakSplitter(CLI::App& command)
             check);
     };
     using Options = XicPeakSplitterOptions;
-    const CLI::Validator notNegative = CLI::NonNegativeNumber;
+    const CLI::Range notNegative(0.0, kLargest);
     addTo("--splitting-disabled",
           &Options::splittingDisabled,
           "Version 2: do not cut features at valleys along retention",
@@ -326,7 +327,7 @@ void FeatureSettings::addPeakLimits(CLI::App& command)
             check);
     };
     using Options = XicBaselineLimitsDetectorOptions;
-    const CLI::Validator notNegative = CLI::NonNegativeNumber;
+    const CLI::Range notNegative(0.0, kLargest);
     addTo("--min-peak-width", &Options::minPeakWidth, "Narrowest peak, min", notNegative);
     addTo("--ignore-retention-time",
           &Options::ignoreRetentionTime,
