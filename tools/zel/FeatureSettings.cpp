@@ -284,7 +284,7 @@ void FeatureSettings::addPeakSplitter(CLI::App& command)
     const CLI::Range notNegative(0.0, kLargest);
     addTo("--splitting-disabled",
           &Options::splittingDisabled,
-          "Version 2: do not cut features at valleys along retention",
+          "Do not split the peaks of chromatograms; not read by versions 1 and 2",
           CLI::Validator());
     addTo("--valley-ratio",
           &Options::valleyRatio,
@@ -300,7 +300,7 @@ void FeatureSettings::addPeakSplitter(CLI::App& command)
           CLI::Range(0.0, 1.0));
     addTo("--min-points-per-peak",
           &Options::minPointsPerPeak,
-          "Version 2: fewest frames of a piece",
+          "Version 2: fewest frames of a piece; a large number keeps features whole",
           CLI::Range(0, 1'000'000));
     addTo("--merge-intensity-ratio",
           &Options::mergeIntensityRatio,
