@@ -1,5 +1,6 @@
 #include "feature_finder/ScanIteratorV2HillClusteromatic.h"
 
+#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
 #include "tests/support/IsotopeClusters.h"
 #include "tests/support/Matchers.h"
 
@@ -160,19 +161,22 @@ TEST(ScanIteratorV2HillClusteromaticTest, LowersTheIsotopeCountForSmallIonsOfLow
     const auto firstIsotopes = [](double massDa, int charge, int count) {
         return cluster(massDa, charge, 5, 600.0).first(count);
     };
+    const double limit = g_immutableFeatureFinderParameters.lowIsotopeCountMassLimit;
+    const double below = limit - 50.0;
+    const double above = limit + 50.0;
     SettableFeatureFinderParameters params = openParameters();
     params.minIsotopeCount = 4;
     params.minAveragineScore = 0.0;
-    EXPECT_EQ(clustersOf(firstIsotopes(1100.0, 2, 3), params).size(), 1);
-    EXPECT_EQ(clustersOf(firstIsotopes(1100.0, 2, 2), params).size(), 0);
-    EXPECT_EQ(clustersOf(firstIsotopes(1100.0, 3, 3), params).size(), 0) << "charge at the limit";
-    EXPECT_EQ(clustersOf(firstIsotopes(1300.0, 2, 3), params).size(), 0) << "mass above the limit";
-    EXPECT_EQ(clustersOf(firstIsotopes(1300.0, 2, 4), params).size(), 1);
+    EXPECT_EQ(clustersOf(firstIsotopes(below, 2, 3), params).size(), 1);
+    EXPECT_EQ(clustersOf(firstIsotopes(below, 2, 2), params).size(), 0);
+    EXPECT_EQ(clustersOf(firstIsotopes(below, 3, 3), params).size(), 0) << "charge at the limit";
+    EXPECT_EQ(clustersOf(firstIsotopes(above, 2, 3), params).size(), 0) << "mass above the limit";
+    EXPECT_EQ(clustersOf(firstIsotopes(above, 2, 4), params).size(), 1);
     params.minAveragineScore = 1.01;
-    EXPECT_EQ(clustersOf(firstIsotopes(1300.0, 2, 4), params).size(), 0);
+    EXPECT_EQ(clustersOf(firstIsotopes(above, 2, 4), params).size(), 0);
     params.minAveragineScore = 0.0;
-    params.minMonoMass = 1301.0;
-    EXPECT_EQ(clustersOf(firstIsotopes(1300.0, 2, 4), params).size(), 0);
+    params.minMonoMass = above + 1.0;
+    EXPECT_EQ(clustersOf(firstIsotopes(above, 2, 4), params).size(), 0);
 }
 
 TEST(ScanIteratorV2HillClusteromaticTest, TakesTheFirstHillNearTheMonoisotopicPlace)
