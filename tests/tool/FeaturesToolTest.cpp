@@ -60,15 +60,20 @@ protected:
     }
 };
 
-/// A peptide of charge 2 around m/z 500, its isotopes one after the other, in a scan of this
-/// height.
-QList<QPointF> isotopes(double height)
+/// A peptide of 998.5 Da, its isotopes one after the other, in a scan of this height.
+QList<QPointF> isotopes(double height, int charge = 2)
 {
     QList<QPointF> points;
     for (const auto& [k, share] : {std::pair(0, 1.0), {1, 0.54}, {2, 0.18}, {3, 0.04}}) {
-        points.append({500.25 + k * 1.003355 / 2.0, share * height});
+        points.append({(998.48545 + k * 1.003355) / charge + 1.00728, share * height});
     }
     return points;
+}
+
+/// The height of a peak of one that has its apex at 0.
+double peakAt(double distance, double sigma)
+{
+    return std::exp(-0.5 * distance * distance / (sigma * sigma));
 }
 
 /// MS1 scans with a peak of these points, and `ms2Count` fragment scans behind each.
@@ -76,16 +81,41 @@ QList<InMemoryScan> peptideRun(int ms2Count, double height = 1e6)
 {
     QList<InMemoryScan> scans;
     for (int i = 0; i < 40; ++i) {
-        const double distance = (i - 20) / 4.0;
         const double minutes = 0.05 * i;
         scans.append(scanOf(static_cast<long long>(scans.size()) + 1,
                             minutes,
-                            isotopes(height * std::exp(-0.5 * distance * distance))));
+                            isotopes(height * peakAt(i - 20, 4.0))));
         for (int ms2 = 0; ms2 < ms2Count; ++ms2) {
             InMemoryScan scan = scanOf(static_cast<long long>(scans.size()) + 1,
                                        minutes + 1e-4 * (ms2 + 1),
                                        {{200.0, 5.0}},
                                        2);
+            scan.precursor.isolationMz = 500.25;
+            scans.append(scan);
+        }
+    }
+    return scans;
+}
+
+/// Frames with a peak of these points in two charges, the second two frames later, and `ms2Count`
+/// fragment scans behind each.
+QList<InMemoryScan> peptideFrames(int ms2Count)
+{
+    QList<InMemoryScan> scans;
+    long long d1 = 0;
+    for (int i = 0; i < 24; ++i) {
+        const double minutes = 0.05 * i;
+        ++d1;
+        for (int d2 = 0; d2 < 60; ++d2) {
+            const double height = 1e5 * peakAt(d2 - 30, 6.0);
+            QList<QPointF> points = isotopes(height * peakAt(i - 13, 4.0), 3);
+            points += isotopes(2.0 * height * peakAt(i - 11, 4.0));
+            InMemoryScan scan = scanOf(msreader::MsScanId(d1, d2 + 1), minutes, points);
+            scan.info.mobility = 0.6 + 0.01 * d2;
+            scans.append(scan);
+        }
+        for (int ms2 = 0; ms2 < ms2Count; ++ms2) {
+            InMemoryScan scan = scanOf(++d1, minutes + 1e-4 * (ms2 + 1), {{200.0, 5.0}}, 2);
             scan.precursor.isolationMz = 500.25;
             scans.append(scan);
         }
@@ -134,12 +164,54 @@ TEST_F(FeaturesToolTest, TakesTheFinderForMobilityByItself)
 
 TEST_F(FeaturesToolTest, CountsMs1ScansHoweverTheFileNumbersThem)
 {
-    const QString alone = writeRun(text("alone.mzML"), peptideRun(0));
-    const QString between = writeRun(text("between.mzML"), peptideRun(10));
-    ASSERT_EQ(features(alone, text("a")).exitCode, 0);
-    ASSERT_EQ(features(between, text("a")).exitCode, 0);
-    EXPECT_EQ(rows(text("a/alone.features.tsv")).size(), 1);
-    EXPECT_EQ(rows(text("a/alone.features.tsv")), rows(text("a/between.features.tsv")));
+    // The charges have their apexes two scans apart: beyond --max-d1-gap in the file's numbers.
+    const auto inTwoCharges = [](QList<InMemoryScan> scans) {
+        int ms1 = 0;
+        for (InMemoryScan& scan : scans) {
+            if (scan.info.msLevel == 1) {
+                scan.points = isotopes(5e5 * peakAt(ms1++ - 22, 4.0), 3) + scan.points;
+            }
+        }
+        return scans;
+    };
+    for (const auto& [alone, between] :
+         {std::pair(inTwoCharges(peptideRun(0)), inTwoCharges(peptideRun(10))),
+          {peptideFrames(0), peptideFrames(10)}}) {
+        ASSERT_EQ(features(writeRun(text("alone.mzML"), alone), text("a")).exitCode, 0);
+        ASSERT_EQ(features(writeRun(text("between.mzML"), between), text("a")).exitCode, 0);
+        const QList<QStringList> found = rows(text("a/alone.features.tsv"));
+        ASSERT_EQ(found.size(), 2);
+        EXPECT_EQ(found[0][0], found[1][0]); // one master
+        EXPECT_EQ(found, rows(text("a/between.features.tsv")));
+    }
+}
+
+TEST_F(FeaturesToolTest, TellsNoMobilityThatWasNotLookedAt)
+{
+    const QString run = writeRun(text("run.mzML"), peptideFrames(0));
+    ASSERT_EQ(
+        features(
+            run,
+            text("a"),
+            {text("--feature-finder-version"), text("1"), text("--min-hill-length-d1"), text("3")})
+            .exitCode,
+        0);
+    ASSERT_EQ(rows(text("a/run.features.tsv")).size(), 2);
+    EXPECT_EQ(rows(text("a/run.features.tsv"))[0].mid(7, 3), QStringList({{}, {}, {}}));
+}
+
+TEST_F(FeaturesToolTest, LeavesAStoreAloneThatIsOpenForWriting)
+{
+    const QString run = writeRun(text("run.mzML"), peptideRun(0));
+    ASSERT_EQ(features(run, text("a")).exitCode, 0);
+    const QByteArray store = read(text("a/run.ftrs"));
+    write(text("a/run.ftrs-journal"), "pages of the file that was there");
+    const Outcome outcome =
+        features(run, text("a"), {text("--max-mono-mass"), text("900")}); // finds nothing
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.contains(text("run.ftrs-journal is there")))
+        << outcome.errors.toStdString();
+    EXPECT_EQ(read(text("a/run.ftrs")), store);
 }
 
 TEST_F(FeaturesToolTest, FindsNothingWhereNothingIs)
@@ -211,6 +283,7 @@ const BadFeatures kBadCalls[] = {
     {"NoMobility", {text("--feature-finder-version"), text("2")}, "no ion mobility"},
     {"NoNetworkFile", {text("--network-file-path"), text("none.znet")}, "none.znet"},
     {"ForeignNetworkFile", {text("--network-file-path"), text(ZEL_TOOL_PATH)}, "zel"},
+    {"ColumnsWithoutScans", {text("--d2-hash-factor"), text("0.5")}, "must be at least 1"},
     {"TwoRunsOfOneName", {text("elsewhere/run.mzXML")}, "Two runs are called run"},
     {"MissingRun", {text("none.mzML")}, "none.mzML"},
     {"FolderIsAFile", {}, "run.mzML/out", 1, "run.mzML/out"},

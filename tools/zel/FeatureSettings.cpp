@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <sstream>
 
 namespace zel::tool {
@@ -13,7 +12,7 @@ using Parameters = SettableFeatureFinderParameters;
 
 namespace {
 
-constexpr double kLargest = std::numeric_limits<double>::max();
+constexpr double kLargest = 1e12; // where there is no limit: keeps messages short
 constexpr int kMostPoints = 100'000'000;
 
 template <typename T>
@@ -25,16 +24,17 @@ std::string textOf(const T& value)
 }
 
 /// "10; qtof 15, tims 15": the default, and the presets that differ from it.
-template <typename T>
-std::string defaultsOf(T Parameters::*field)
+template <typename Access>
+std::string defaultsOf(Access access)
 {
-    const T value = Parameters::orbitrap().*field;
+    const Parameters orbitrap = Parameters::orbitrap();
+    const auto& value = access(orbitrap);
     std::string text = textOf(value);
     const char* separator = "; ";
     for (const auto& [name, preset] :
          {std::pair("qtof ", Parameters::qtof()), {"tims ", Parameters::trappedMobility()}}) {
-        if (!(preset.*field == value)) {
-            text += separator + std::string(name) + textOf(preset.*field);
+        if (!(access(preset) == value)) {
+            text += separator + std::string(name) + textOf(access(preset));
             separator = ", ";
         }
     }
@@ -60,13 +60,25 @@ void FeatureSettings::add(CLI::App& command,
                           const std::string& meaning,
                           Check check)
 {
-    CLI::Option* const option = command.add_option(name, m_given.*field, meaning)
-                                    ->default_str(defaultsOf(field))
+    addField(
+        command, name, [field](auto& params) -> auto& { return params.*field; }, meaning, check);
+}
+
+/// \param access  gives the field of settings
+template <typename Access, typename Check>
+void FeatureSettings::addField(CLI::App& command,
+                               const std::string& name,
+                               Access access,
+                               const std::string& meaning,
+                               Check check)
+{
+    CLI::Option* const option = command.add_option(name, access(m_given), meaning)
+                                    ->default_str(defaultsOf(access))
                                     ->check(check)
                                     ->group("Settings");
-    m_copyIfGiven.emplace_back([this, option, field](Parameters& params) {
+    m_copyIfGiven.emplace_back([this, option, access](Parameters& params) {
         if (option->count() > 0) {
-            params.*field = m_given.*field;
+            access(params) = access(m_given);
         }
     });
 }
@@ -85,6 +97,8 @@ void FeatureSettings::addTo(CLI::App& command)
     addReading(command);
     addMatrices(command);
     addHills(command);
+    addPeakSplitter(command);
+    addPeakLimits(command);
 }
 
 /// What is accepted as a feature.
@@ -144,7 +158,7 @@ void FeatureSettings::addAcceptance(CLI::App& command)
         "--min-intensity-dynamic-range",
         &Parameters::minIntensityDynamicRange,
         "Least ratio of strongest to weakest member; read by version 0 only",
-        CLI::Range(-1.0, kLargest));
+        CLI::Range(0.0, kLargest));
     add(command,
         "--remove-charge-one-only-features",
         &Parameters::removeChargeOneOnlyFeatures,
@@ -250,6 +264,104 @@ void FeatureSettings::addHills(CLI::App& command)
         &Parameters::kernelSigma,
         "Standard deviation of both, bins and columns",
         CLI::Range(0.0, 1e6));
+}
+
+/// How version 2 cuts what it has linked along retention.
+void FeatureSettings::addPeakSplitter(CLI::App& command)
+{
+    const auto addTo = [this, &command](const std::string& name,
+                                        auto XicPeakSplitterOptions::*field,
+                                        const std::string& meaning,
+                                        const CLI::Validator& check) {
+        addField(
+            command,
+            name,
+            [field](auto& params) -> auto& { return params.peakSplitterOptions.*field; },
+            meaning,
+            check);
+    };
+    using Options = XicPeakSplitterOptions;
+    const CLI::Range notNegative(0.0, kLargest);
+    addTo("--splitting-disabled",
+          &Options::splittingDisabled,
+          "Do not split the peaks of chromatograms; not read by versions 1 and 2",
+          CLI::Validator());
+    addTo("--valley-ratio",
+          &Options::valleyRatio,
+          "Version 2: least height of a piece, relative to the valley before the next higher one",
+          notNegative);
+    addTo("--noise-factor",
+          &Options::noiseFactor,
+          "Version 2: least height of a piece above that valley, relative to the noise",
+          notNegative);
+    addTo("--min-relative-height",
+          &Options::minRelativeHeight,
+          "Version 2: least height of a piece, relative to the highest",
+          CLI::Range(0.0, 1.0));
+    addTo("--min-points-per-peak",
+          &Options::minPointsPerPeak,
+          "Version 2: fewest frames of a piece; a large number keeps features whole",
+          CLI::Range(0, 1'000'000));
+    addTo("--merge-intensity-ratio",
+          &Options::mergeIntensityRatio,
+          "Handed on to the targeted finder; of no effect on one run",
+          notNegative);
+    addTo("--min-skew",
+          &Options::minSkew,
+          "Handed on to the targeted finder; of no effect on one run",
+          notNegative);
+}
+
+/// How the limits of a chromatogram's peaks are found.
+void FeatureSettings::addPeakLimits(CLI::App& command)
+{
+    const auto addTo = [this, &command](const std::string& name,
+                                        auto XicBaselineLimitsDetectorOptions::*field,
+                                        const std::string& meaning,
+                                        const CLI::Validator& check) {
+        addField(
+            command,
+            name,
+            [field](auto& params) -> auto& { return params.baselineOptions.*field; },
+            meaning + "; not read by versions 1 and 2",
+            check);
+    };
+    using Options = XicBaselineLimitsDetectorOptions;
+    const CLI::Range notNegative(0.0, kLargest);
+    addTo("--min-peak-width", &Options::minPeakWidth, "Narrowest peak, min", notNegative);
+    addTo("--ignore-retention-time",
+          &Options::ignoreRetentionTime,
+          "Look for peaks on the whole trace",
+          CLI::Validator());
+    addTo("--detection-mode",
+          &Options::detectionMode,
+          "Look for peaks 0: on the whole trace, 1: around the retention time, 2: by a targeted "
+          "finder",
+          CLI::Range(0, 2));
+    addTo("--time-half-window",
+          &Options::timeHalfWindow,
+          "Half width of the trace on which limits are looked up, min",
+          notNegative);
+    addTo("--baseline-half-window",
+          &Options::baselineHalfWindow,
+          "What is wider than twice this is baseline, min",
+          notNegative);
+    addTo("--high-noise-factor",
+          &Options::highNoiseFactor,
+          "Least height of a peak above the baseline, relative to the noise",
+          notNegative);
+    addTo("--low-noise-factor",
+          &Options::lowNoiseFactor,
+          "Height above the baseline, relative to the noise, at which a peak ends",
+          notNegative);
+    addTo("--relative-height",
+          &Options::relativeHeight,
+          "Height relative to the apex at which a peak ends",
+          CLI::Range(0.0, 1.0));
+    addTo("--max-gap-points",
+          &Options::maxGapPoints,
+          "Gaps of so many points of 0 are bridged",
+          CLI::Range(0, 1'000'000));
 }
 
 Parameters FeatureSettings::forRun(bool hasMobility, std::optional<double> peakWidthMz) const

@@ -35,10 +35,18 @@ private:
              T SettableFeatureFinderParameters::*field,
              const std::string& meaning,
              Check check);
+    template <typename Access, typename Check>
+    void addField(CLI::App& command,
+                  const std::string& name,
+                  Access access,
+                  const std::string& meaning,
+                  Check check);
     void addAcceptance(CLI::App& command);
     void addReading(CLI::App& command);
     void addMatrices(CLI::App& command);
     void addHills(CLI::App& command);
+    void addPeakSplitter(CLI::App& command);
+    void addPeakLimits(CLI::App& command);
 
     std::string m_preset = "auto";
     std::string m_networkFile;

@@ -75,8 +75,34 @@ Error prepareOutputs(const FeaturesOptions& options)
         names.insert(name);
     }
     const QString folder = QString::fromStdString(options.outputDir);
-    if (!QDir().mkpath(folder)) {
-        ZEL_RETURN_ERROR(kFileOpenError, QStringLiteral("Could not make folder %1").arg(folder));
+    if (folder.isEmpty() || !QDir().mkpath(folder)) {
+        ZEL_RETURN_ERROR(kFileOpenError,
+                         QStringLiteral("Could not make folder \"%1\"").arg(folder));
+    }
+    return kNoError;
+}
+
+/// Refuses settings that a run cannot have, and names those that are of no effect on it.
+Error checkSettings(const FeaturesOptions& options,
+                    const QString& path,
+                    bool hasMobility,
+                    const SettableFeatureFinderParameters& params)
+{
+    if (params.featureFinderVersion == 2 && !hasMobility) {
+        ZEL_RETURN_ERROR(
+            kBadParameterError,
+            QStringLiteral("%1 has no ion mobility, which version 2 asks for").arg(path));
+    }
+    if (params.featureFinderVersion == 1 && params.d2HashFactor < 1.0) {
+        // Columns without a scan between the others would have apexes, but no time.
+        ZEL_RETURN_ERROR(kBadParameterError,
+                         QStringLiteral("--d2-hash-factor must be at least 1 for version 1, where "
+                                        "it counts MS1 scans, but is %1")
+                             .arg(params.d2HashFactor));
+    }
+    if (options.autoSet && params.featureFinderVersion != 2) {
+        std::cerr << "zel: --auto is of no effect on " << path.toStdString()
+                  << ", which is not searched with version 2\n";
     }
     return kNoError;
 }
@@ -100,8 +126,10 @@ Error fitToFrames(const QString& path,
     }
     params->numberOfFramesToSum = framesToSum;
     params->minHillLengthD1 = std::min({params->minHillLengthD1, longestFeature, windowCount});
-    std::cerr << "zel: " << path.toStdString() << " holds " << frameCount
-              << " frames: features may be as short\n";
+    std::cerr << "zel: " << path.toStdString() << " has only " << frameCount
+              << (frameCount == 1 ? " frame" : " frames")
+              << ", so --number-of-frames-to-sum becomes " << framesToSum
+              << " and --min-hill-length-d1 " << params->minHillLengthD1 << '\n';
     return kNoError;
 }
 
@@ -118,11 +146,7 @@ Result<RunFeatures> findFeatures(const FeaturesOptions& options,
     }
     RunFeatures found;
     found.params = options.settings.forRun(hasMobility, peakWidthMz);
-    if (found.params.featureFinderVersion == 2 && !hasMobility) {
-        ZEL_RETURN_ERROR(
-            kBadParameterError,
-            QStringLiteral("%1 has no ion mobility, which version 2 asks for").arg(path));
-    }
+    ZEL_RETURN_IF_ERROR(checkSettings(options, path, hasMobility, found.params));
     if (found.params.featureFinderVersion == 2) {
         ZEL_RETURN_IF_ERROR(fitToFrames(path, source, &found.params));
     }
@@ -167,6 +191,15 @@ public:
                              QStringLiteral("Could not write into folder %1: %2")
                                  .arg(outputs->m_folder, outputs->m_unfinished.errorString()));
         }
+        for (const char* suffix : {".ftrs-journal", ".ftrs-wal"}) {
+            const QString journal = outputs->pathWith(suffix);
+            if (QFileInfo::exists(journal)) { // SQLite would play it into the new file, too
+                ZEL_RETURN_ERROR(kFileOpenError,
+                                 QStringLiteral("%1 is open in another program, or one left it "
+                                                "unfinished: %2 is there")
+                                     .arg(outputs->pathWith(".ftrs"), journal));
+            }
+        }
         return outputs;
     }
 
@@ -178,9 +211,14 @@ public:
     Error writeStore(const QList<MasterFeature>& masters) const
     {
         Error e;
-        FeatureFinderDaoV2 store;
-        ZEL_RETURN_IF_ERROR(store.createFtrs(m_runPath, m_unfinished.path(), masters));
         const QString path = pathWith(".ftrs");
+        FeatureFinderDaoV2 store;
+        e = store.createFtrs(m_runPath, m_unfinished.path(), masters);
+        if (e.hasError()) { // the statement that failed is of no use to a user
+            const QString reason = e.message().section(QLatin1String(" in the SQL"), 0, 0);
+            ZEL_RETURN_ERROR(kFileOpenError,
+                             QStringLiteral("Could not write %1: %2").arg(path, reason));
+        }
         std::error_code problem; // replaces a file, which QFile::rename does not
         std::filesystem::rename(store.ftrsOutput().toStdString(), path.toStdString(), problem);
         if (problem) {
@@ -215,7 +253,9 @@ Error writeTable(const RunFeatures& found,
         ZEL_ASSIGN_OR_RETURN(axes.minutesByD1,
                              FeatureFinderBase::buildIndexRetentionTimeMap(source, 1));
     }
-    ZEL_ASSIGN_OR_RETURN(axes.mobilityByD2, mobilityByD2(source));
+    if (found.params.featureFinderVersion == 2) { // the others do not look at it
+        ZEL_ASSIGN_OR_RETURN(axes.mobilityByD2, mobilityByD2(source));
+    }
     ZEL_RETURN_IF_ERROR(writeText(path, featureTable(found.masters, axes)));
     return kNoError;
 }
@@ -283,6 +323,12 @@ void addFeaturesCommand(CLI::App& tool, CommandAction& chosen)
                       "Estimate --d2-kernel-width and --min-hill-length-d1 from the richest frames "
                       "of a run with mobility");
     options->settings.addTo(*command);
+    command->footer(
+        "A hill is a peak along m/z and along retention, or in one frame along mobility. "
+        "Hills at the distances of isotopes make a cluster, the clusters of an ion along "
+        "retention a charge feature, and charge features of one mass and time a master. "
+        "A preset and, where peaks are narrow or wide, --min-hill-length-d1 is what most "
+        "runs need; --max-d1-gap and lengths are in MS1 scans, not minutes.");
     command->callback([options, &chosen] {
         chosen = [options](const CommandContext& context) { return run(*options, context); };
     });

@@ -41,7 +41,12 @@ Result<std::unique_ptr<TextOutput>> TextOutput::open(const QString& path)
 
 TextOutput& TextOutput::operator<<(const QByteArray& text)
 {
-    m_failed = m_failed || m_device->write(text) != text.size();
+    // What a full disk does not take at once it refuses with a reason the second time.
+    for (qint64 done = 0; done < text.size() && !m_failed;) {
+        const qint64 count = m_device->write(text.constData() + done, text.size() - done);
+        m_failed = count <= 0;
+        done += count;
+    }
     return *this;
 }
 

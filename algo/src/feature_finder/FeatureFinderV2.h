@@ -19,6 +19,8 @@ namespace zel {
 /// so in MS1 scans for a `d2HashFactor` of 1, however these are numbered. Only the distance at
 /// which charge states join, `maxD1Gap` again, is in scan numbers: where fragment scans share the
 /// numbering of MS1 scans, charge states stay apart. A source should number its MS1 scans 1, 2, 3.
+/// A `d2HashFactor` below 1 leaves columns without a scan, whose number is 0: a hill with its apex
+/// there fails the run, unless the source has a scan 0.
 ///
 /// The whole run lies in memory as one matrix, 12 bytes for each point kept. The work is not
 /// canceled through the progress sink.

@@ -257,6 +257,11 @@ Error SpectraSubtractomatic::buildChargeClusterDecimator(
     ZEL_RETURN_IF_ERROR(checkArguments(profile, mz, charge, monoOffset, width));
     const double massDa =
         molcalc::calculateUnchargedMassFromMzCharge(mz, charge, monoOffset, m_addedProtons);
+    const int centreRow = FeatureFinderUtilities::hashMz(mz, kFixed.clusterMzHashFactor);
+    if (massDa < 0.0) { // one stray point below m/z 1 must not end a run
+        *out = {0.0, 0, spread({}, centreRow, width)};
+        return kNoError;
+    }
     QList<double> pattern;
     ZEL_RETURN_IF_ERROR(
         AveragineIsotopeModel::senko().peakIntensityRatiosFromMass(massDa, &pattern).error());
@@ -266,7 +271,6 @@ Error SpectraSubtractomatic::buildChargeClusterDecimator(
     const std::vector<IsotopeSlot> slots = isotopeSlots(lattice, pattern, monoOffset);
     const std::span<const IsotopeSlot> counting = std::span(slots).first(countingSlots(slots));
     const double scale = scaleOf(slots);
-    const int centreRow = FeatureFinderUtilities::hashMz(mz, kFixed.clusterMzHashFactor);
 
     out->averagineScore = cosineOf(counting);
     out->isotopeCount = foundIsotopeCount(counting, scale);

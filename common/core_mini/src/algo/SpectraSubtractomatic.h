@@ -48,6 +48,7 @@ public:
     /// \param width       columns of the model, at least 1. The hills of one cluster have their
     ///                    apexes some columns apart, so each column gets the whole model
     /// \param out         replaced on success; the model has clusterRows() rows
+    /// A mass below 0, lighter than its protons, explains nothing: no score, no isotope, no entry.
     /// \return kError before `init`, kBadParameterError for arguments out of range
     Error buildChargeClusterDecimator(Eigen::SparseVector<double, 0, int> profile,
                                       double mz,
