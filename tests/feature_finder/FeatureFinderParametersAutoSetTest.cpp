@@ -117,6 +117,9 @@ TEST(FeatureFinderParametersAutoSetTest, LeavesAloneWhatItCannotEstimate)
     };
     EXPECT_NE(widthAfter(startingPoint(), mobility.get()), -7);
     EXPECT_EQ(widthAfter(startingPoint(), withoutMobility.get()), -7);
+    SettableFeatureFinderParameters twoFrames = startingPoint();
+    twoFrames.numberOfFramesToSum = 2; // the window of the last frame is not full
+    EXPECT_EQ(widthAfter(twoFrames, mobility.get()), -7);
     for (const int passes : {0, 14}) { // 14: the widths of 5 and more are fewer than five
         SettableFeatureFinderParameters params = startingPoint();
         params.d2SmoothingPasses = passes;

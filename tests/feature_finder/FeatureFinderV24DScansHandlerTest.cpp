@@ -155,7 +155,8 @@ TEST(FeatureFinderV24DScansHandlerTest, WindowsStartAtAllButTheLastFrames)
         points[d1] = {{500.0, 10.0}};
     }
     Fixture three(runOfPoints(points), paramsOf(3));
-    EXPECT_EQ(three.handler.allD1s(), (QList<int>{1, 2, 3, 4, 5, 6, 7})); // 8 to 10 would fit too
+    // The window of 8 to 10 is full, too.
+    EXPECT_EQ(three.handler.allD1s(), (QList<int>{1, 2, 3, 4, 5, 6, 7}));
     Fixture one(runOfPoints(points), paramsOf(1));
     EXPECT_EQ(one.handler.allD1s().size(), 9);
     Fixture whole(runOfPoints(points), paramsOf(0));

@@ -3,8 +3,10 @@
 #include "tests/support/Runs.h"
 #include "tests/tool/ZelTool.h"
 
+#include <algorithm>
 #include <cmath>
 #include <ostream>
+#include <random>
 
 namespace zel::test {
 
@@ -239,6 +241,30 @@ TEST_F(FeaturesToolTest, FindsNothingWhereNothingIs)
         EXPECT_EQ(rows(text("a/") + text(run.name) + text(".features.tsv")).size(),
                   run.featureCount)
             << run.name;
+    }
+}
+
+TEST_F(FeaturesToolTest, FindsTheIonsOfASingleFrameWhateverIsEstimated)
+{
+    std::mt19937 random(1);
+    std::uniform_real_distribution<> noiseMz(600.0, 1200.0);
+    QList<InMemoryScan> frame;
+    for (int d2 = 1; d2 <= 100; ++d2) {
+        const double distance = (d2 - 50) / 6.0;
+        QList<QPointF> points = isotopes(1e6 * std::exp(-0.5 * distance * distance));
+        for (int i = 0; i < 40; ++i) {
+            points.append({noiseMz(random), 1e3});
+        }
+        std::sort(points.begin(), points.end(), [](const QPointF& a, const QPointF& b) {
+            return a.x() < b.x();
+        });
+        frame.append(scanOf(msreader::MsScanId(1, d2), 0.5, points));
+        frame.last().info.mobility = 0.6 + 0.01 * d2;
+    }
+    const QString run = writeRun(text("frame.mzML"), frame);
+    for (const QStringList& more : {QStringList(), QStringList{text("--auto")}}) {
+        ASSERT_EQ(features(run, text("a"), more).exitCode, 0);
+        EXPECT_GT(rows(text("a/frame.features.tsv")).size(), 0) << more.size(); // or noise, too
     }
 }
 

@@ -153,6 +153,9 @@ Result<RunFeatures> findFeatures(const FeaturesOptions& options,
     if (options.autoSet) {
         ZEL_ASSIGN_OR_RETURN(found.params,
                              FeatureFinderParametersAutoSet().run(found.params, source));
+        if (found.params.featureFinderVersion == 2) { // the estimate knows nothing of few frames
+            ZEL_RETURN_IF_ERROR(fitToFrames(path, source, &found.params));
+        }
     }
     ZEL_ASSIGN_OR_RETURN(const auto finder,
                          FeatureFinderFactory::featureFinderFactoryInit(found.params));

@@ -22,12 +22,18 @@ class MsDataSourceInterface;
 /// the frames is the width that is chosen.
 ///
 /// When to trust it: the frames are summed by a window that slides from one chosen frame to the
-/// next as if they were neighbours. With `numberOfFramesToSum` 1 each matrix is the chosen frame.
-/// With more, it holds frames of other times, and maxima of compounds that never met are counted
-/// together; and a chosen frame without a full window behind it ends the estimate. With
-/// `d2SmoothingPasses` above 1, positions in the list of counts and in the list of widths are no
-/// longer the same when narrow widths are skipped. Nothing is estimated for finders other than
-/// version 2.
+/// next as if they were neighbours. With `numberOfFramesToSum` 1 each matrix is the chosen frame,
+/// and the estimate is what it says. With n, each but the first few is the sum of the frames that
+/// lie n - 1 after the last n chosen ones: maxima of compounds that never met are counted together,
+/// and a chosen frame among the last n - 1 of the run ends the estimate. Measured on 18 simulated
+/// runs (60 frames of 200 mobility scans, peaks with a standard deviation of 4, 8 or 15 of them,
+/// the preset trappedMobility()): summing 3 frames gave the same width as 1 in 14 runs, the next
+/// wider one in 2 and the next narrower one in 2; on a real run of 42 frames both gave 15. The
+/// width was 15 in most runs of the narrowest peaks and 9 in most others, always 9 for the widest:
+/// it says where a Gaussian of this `kernelSigma` ceases to remove noise, not how wide the peaks
+/// are. With `d2SmoothingPasses` above 1, positions in the list of counts and in the list of widths
+/// are no longer the same when narrow widths are skipped. Nothing is estimated for finders other
+/// than version 2.
 class ZEL_EXPORT FeatureFinderParametersAutoSet
 {
 public:

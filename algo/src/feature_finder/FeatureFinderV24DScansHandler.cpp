@@ -12,9 +12,7 @@
 #include "feature_finder/ScanNumber_p.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
-#include <vector>
 
 namespace zel {
 
@@ -258,7 +256,7 @@ int FeatureFinderV24DScansHandler::columnOf(int d2) const
 
 bool FeatureFinderV24DScansHandler::takesAllMz() const
 {
-    return std::abs(m_minMz) <= kZeroIntensity &&
+    return MathUtils::nearlyEqual(m_minMz, 0.0) &&
            MathUtils::nearlyEqual(m_maxMz, g_immutableFeatureFinderParameters.maxMz);
 }
 
