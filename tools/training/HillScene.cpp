@@ -35,6 +35,9 @@ bool chance(RandomStream& random, double probability)
     return random.uniform() < probability;
 }
 
+/// Hills of less than so many times the detection limit are lost now and then, stronger ones never.
+constexpr double kLosableFloors = 10.0;
+
 /// How a scene scatters its hills.
 struct Scatter
 {
@@ -43,7 +46,7 @@ struct Scatter
     double columns = 0.0;      ///< standard deviation of the apex of an intense hill
     double floor = 0.0;        ///< hills below are not seen
     double splitShare = 0.0;   ///< hills that noise cuts in two
-    double missingShare = 0.0; ///< hills that are lost for other reasons
+    double missingShare = 0.0; ///< weak hills that are lost for other reasons
 };
 
 /// A peptide of about the wanted mass; one in ten carries a phosphate, a glycan or a biotin, which
@@ -132,15 +135,17 @@ SceneBuilder::SceneBuilder(std::uint64_t seed, std::uint64_t number)
     m_scene.number = number;
     const double kind = m_random.uniform();
     m_scene.kind = kind < 0.5 ? SceneKind::Run : kind < 0.8 ? SceneKind::Frame : SceneKind::Scan;
-    m_scene.halfWidthColumns = m_scene.kind == SceneKind::Run     ? 5
+    m_scene.halfWidthColumns = m_scene.kind == SceneKind::Run     ? 8
                                : m_scene.kind == SceneKind::Frame ? 10
                                                                   : 0;
     m_scene.columnCount = m_scene.kind == SceneKind::Scan ? 1 : 30;
     m_scene.noiseLevel = logUniform(m_random, 2.0, 30.0);
     m_scatter.floor = m_scene.noiseLevel * m_random.uniform(0.3, 0.9);
     m_scatter.mzPpm = logUniform(m_random, 0.5, 5.0);
-    m_scatter.intensity = m_random.uniform(0.01, 0.15);
-    m_scatter.columns = m_scene.kind == SceneKind::Scan ? 0.0 : m_random.uniform(0.2, 1.0);
+    m_scatter.intensity = logUniform(m_random, 0.01, 0.3);
+    m_scatter.columns = m_scene.kind == SceneKind::Scan  ? 0.0
+                        : m_scene.kind == SceneKind::Run ? logUniform(m_random, 0.2, 3.0)
+                                                         : m_random.uniform(0.2, 1.0);
     m_scatter.splitShare = m_scene.kind == SceneKind::Scan ? 0.0 : m_random.uniform(0.0, 0.08);
     m_scatter.missingShare = m_random.uniform(0.0, 0.03);
     m_pieces = (kMzEnd - kMzStart) / kPieceWidthMz * m_scene.columnCount /
@@ -185,7 +190,9 @@ void SceneBuilder::addIsotope(const SceneCluster& cluster,
                               double stepDa,
                               double ionCount)
 {
-    if (ionCount < 0.05 * m_scatter.floor || chance(m_random, m_scatter.missingShare)) {
+    const bool canBeLost = ionCount < kLosableFloors * m_scatter.floor;
+    if (ionCount < 0.05 * m_scatter.floor ||
+        (canBeLost && chance(m_random, m_scatter.missingShare))) {
         return;
     }
     SceneHill hill;
