@@ -36,9 +36,8 @@ struct ImmutableFeatureFinderParameters
     /// the peak's.
     int clusterSumWidth = 3;
     /// Ions below this mass, Da, and below `lowIsotopeCountChargeLimit` show few isotopes, and may
-    /// have one less than `minIsotopeCount`. Most pairs of peaks that look like two isotopes are
-    /// none, so the limits are set where identified peptides begin to be lost.
-    double lowIsotopeCountMassLimit = 900.0;
+    /// have one less than `minIsotopeCount`.
+    double lowIsotopeCountMassLimit = 1200.0;
     int lowIsotopeCountChargeLimit = 3;
 };
 

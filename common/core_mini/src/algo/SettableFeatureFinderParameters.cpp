@@ -9,9 +9,8 @@ SettableFeatureFinderParameters::SettableFeatureFinderParameters() = default;
 SettableFeatureFinderParameters SettableFeatureFinderParameters::orbitrap()
 {
     SettableFeatureFinderParameters params;
-    params.minHillLengthD1 = 8;
     params.featureFinderVersion = 1;
-    params.d2KernelWidth = 5;
+    params.maxD1Gap = 8;
     return params;
 }
 

@@ -13,14 +13,14 @@ namespace zel {
 /// lengths are in the source's own numbers of them. A default record suits the scan-wise finder;
 /// the presets are those for the other two, tuned on simulated and published runs. A hill is longer
 /// than its signal, by a kernel less one column and by the column that ends it on each side: a peak
-/// in one scan, with 5 columns of kernel, gives a hill of 7 columns. The presets ask for so many
-/// columns that a peak in one scan makes no hill.
+/// in one scan, with 9 columns of kernel, gives a hill of 11 columns.
 struct ZEL_EXPORT SettableFeatureFinderParameters
 {
     SettableFeatureFinderParameters();
 
-    /// LC-MS of an Orbitrap, centroids or profiles at a resolution of about 120,000: version 1, a
-    /// kernel of 5 scans, hills of 8 columns.
+    /// LC-MS of an Orbitrap, centroids or profiles at a resolution of about 120,000: version 1, and
+    /// isotopes belong together when their apexes are up to 8 scans apart: where scans are fast,
+    /// the apex of a wide flat peak is that uncertain.
     static SettableFeatureFinderParameters orbitrap();
 
     /// LC-MS of a time-of-flight analyser, resolution about 40,000: as `orbitrap`, but a lower
@@ -30,8 +30,9 @@ struct ZEL_EXPORT SettableFeatureFinderParameters
 
     /// Trapped ion mobility with a time-of-flight analyser: version 2; lower averagine score (0.7),
     /// 15 ppm, 500 bins per Th, kernels of 35 bins of m/z and 9 of mobility, sigma 5, hills of 12
-    /// columns, features of 3 frames. Frames are not summed: a frame keeps at most 15,000 points,
-    /// which the sum of several would fill with the strong ions.
+    /// columns, features of 3 frames; a peak in one mobility scan makes no hill of these. Frames
+    /// are not summed: a frame keeps at most 15,000 points, which the sum of several would fill
+    /// with the strong ions.
     static SettableFeatureFinderParameters trappedMobility();
 
     /// Writes all values to the log.
