@@ -41,14 +41,18 @@ std::string defaultsOf(Access access)
     return text;
 }
 
-/// Makes the m/z kernel as wide as a peak: its standard deviation, and two of these to each side.
+/// Makes the m/z kernel as wide as a peak of profile spectra. Version 2 has a width of its own,
+/// which holds two standard deviations of up to 8 bins to each side.
 void setKernel(double peakWidthMz, Parameters& params)
 {
     constexpr double sigmaOfWidth = 2.3548; // 2 sqrt(2 ln 2)
-    constexpr double widest = 100.0;        // bins; what looks wider is no peak
+    const bool isMobility = params.featureFinderVersion == 2;
+    const double widest = isMobility ? 8.0 : 100.0; // bins; what looks wider than 100 is no peak
     params.kernelSigma =
         std::clamp(peakWidthMz * params.mzHashFactor / sigmaOfWidth, params.kernelSigma, widest);
-    params.mzKernelWidth = 2 * static_cast<int>(std::lround(2.0 * params.kernelSigma)) + 1;
+    if (!isMobility) {
+        params.mzKernelWidth = 2 * static_cast<int>(std::lround(2.0 * params.kernelSigma)) + 1;
+    }
 }
 
 } // namespace
@@ -371,7 +375,8 @@ Parameters FeatureSettings::forRun(bool hasMobility, std::optional<double> peakW
         params = Parameters::qtof();
     } else if (m_preset == "tims" || (m_preset == "auto" && hasMobility)) {
         params = Parameters::trappedMobility();
-    } else if (m_preset == "auto" && peakWidthMz) {
+    }
+    if (m_preset == "auto" && peakWidthMz) {
         setKernel(*peakWidthMz, params);
     }
     params.featureFinderVersion = m_version.value_or(hasMobility ? 2 : 1);

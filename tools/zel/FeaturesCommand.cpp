@@ -140,10 +140,7 @@ Result<RunFeatures> findFeatures(const FeaturesOptions& options,
 {
     Error e;
     ZEL_ASSIGN_OR_RETURN(const bool hasMobility, source->hasMobility());
-    std::optional<double> peakWidthMz;
-    if (!hasMobility) {
-        ZEL_ASSIGN_OR_RETURN(peakWidthMz, profilePeakWidth(source));
-    }
+    ZEL_ASSIGN_OR_RETURN(const std::optional<double> peakWidthMz, profilePeakWidth(source));
     RunFeatures found;
     found.params = options.settings.forRun(hasMobility, peakWidthMz);
     ZEL_RETURN_IF_ERROR(checkSettings(options, path, hasMobility, found.params));
