@@ -10,10 +10,10 @@ namespace zel::msreader {
 ///
 /// A peak is a local maximum of the samples that stands out from its neighbours: where two maxima
 /// meet in a valley higher than 85 % of the lower one, the lower one is taken for noise on the
-/// flank of the other. Its m/z is that of the Gaussian fitted to the samples around the top, down to
-/// 40 % of it: the vertex of the parabola of least squares through their logarithms, weighted by the
-/// squares of their intensities (Guo, IEEE Signal Processing Magazine 28, 134 (2011); exact for a
-/// Gaussian peak, whatever the sample spacing). With three samples that is the parabola through
+/// flank of the other. Its m/z is that of the Gaussian fitted to the samples around the top, down
+/// to 40 % of it: the vertex of the parabola of least squares through their logarithms, weighted by
+/// the squares of their intensities (Guo, IEEE Signal Processing Magazine 28, 134 (2011); exact for
+/// a Gaussian peak, whatever the sample spacing). With three samples that is the parabola through
 /// them. A top without a neighbour on one side takes the mean of the two
 /// samples, weighted by their intensity; a lone sample is its own centroid; a flat top of three
 /// samples or more has its centroid in the middle.
