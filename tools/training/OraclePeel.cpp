@@ -78,7 +78,7 @@ Peeler::Peeler(const HillScene& scene, double failureShare)
 
 const SceneHill& Peeler::hillAt(const ClusterFrame::Point& point) const
 {
-    return m_scene.hills[m_strongest.at({point.row, point.column})];
+    return m_scene.hills[static_cast<std::size_t>(m_strongest.at({point.row, point.column}))];
 }
 
 void Peeler::lookAround(const ClusterFrame::Point& point, Example* example) const
@@ -112,7 +112,7 @@ Example Peeler::exampleAt(const ClusterFrame::Point& point)
     const SceneHill& hill = hillAt(point);
     lookAround(point, &example);
     if (hill.cluster >= 0 && !m_done.contains(hill.cluster) && example.isotopesSeen >= 2) {
-        const SceneCluster& cluster = m_scene.clusters[hill.cluster];
+        const SceneCluster& cluster = m_scene.clusters[static_cast<std::size_t>(hill.cluster)];
         example.charge = cluster.charge;
         example.offset = hill.isotope;
         example.massDa = cluster.massDa;

@@ -8,10 +8,17 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace zel {
 
 namespace {
+
+/// An offset resembles averagine at least this share as well as the one that does best. The network
+/// alone takes an isotope that is weaker than averagine has it for a sign that the first one is
+/// lost; in real runs it mostly is just weak.
+constexpr float kLeastShareOfCosine = 0.75F;
+constexpr float kImpossible = std::numeric_limits<float>::lowest();
 
 /// No cluster is lighter.
 constexpr double kLeastMassDa = 200.0;
@@ -45,8 +52,11 @@ int MonoisotopeDeterminatorNN::determineMonoisotopeOffset(
         charge >= networkinputs::kChargeOutputs || !std::isfinite(mz)) {
         return 0;
     }
+    const Eigen::VectorXf inputs = networkinputs::offsetInputs(profile, mz, charge);
+    const Eigen::VectorXf cosines = networkinputs::averagineCosines(inputs);
+    const float leastCosine = kLeastShareOfCosine * cosines.maxCoeff();
     const Eigen::VectorXf scores =
-        m_network->evaluate(networkinputs::offsetInputs(profile, mz, charge));
+        (cosines.array() >= leastCosine).select(m_network->evaluate(inputs), kImpossible);
     int offset = 0;
     scores.maxCoeff(&offset);
     return std::min(offset, greatestOffset(mz, charge));

@@ -193,6 +193,12 @@ Eigen::VectorXf offsetInputs(const Eigen::SparseVector<double>& slice, double mz
     return inputs.take();
 }
 
+Eigen::VectorXf averagineCosines(const Eigen::VectorXf& offsetInputs)
+{
+    constexpr int heightCount = 2 * kOffsetStepCount; // which come before them
+    return offsetInputs.segment(heightCount, kOffsetOutputs);
+}
+
 QJsonObject layout()
 {
     return {{QStringLiteral("version"), kLayoutVersion},

@@ -40,6 +40,9 @@ Eigen::VectorXf chargeInputs(const Eigen::SparseVector<double>& slice);
 /// \param charge  1 to 10
 Eigen::VectorXf offsetInputs(const Eigen::SparseVector<double>& slice, double mz, int charge);
 
+/// The cosines among these inputs, by offset.
+Eigen::VectorXf averagineCosines(const Eigen::VectorXf& offsetInputs);
+
 /// Describes the above; a network file must hold the same.
 QJsonObject layout();
 
