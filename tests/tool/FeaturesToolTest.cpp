@@ -125,7 +125,62 @@ QList<InMemoryScan> peptideFrames(int ms2Count)
     return scans;
 }
 
+/// Whether a row of features.tsv has charge, mass and apex of a row of truth.tsv.
+bool isIon(const QStringList& feature, const QStringList& ion)
+{
+    const auto isInside = [&](int apex, int start, int end) {
+        return feature[apex].isEmpty() || (ion[start].toDouble() <= feature[apex].toDouble() &&
+                                           feature[apex].toDouble() <= ion[end].toDouble());
+    };
+    const double massDa = ion[2].toDouble();
+    return feature[3] == ion[3] && std::abs(feature[2].toDouble() - massDa) <= 5e-6 * massDa &&
+           isInside(5, 5, 7) && isInside(8, 9, 11);
+}
+
+/// The height of the third highest isotope in a row of truth.tsv.
+double thirdIsotope(const QStringList& ion)
+{
+    QList<double> shares;
+    for (const QString& share : ion[14].split(QLatin1Char(','))) {
+        shares.append(share.toDouble());
+    }
+    std::sort(shares.rbegin(), shares.rend());
+    return ion[12].toDouble() * shares.value(2);
+}
+
 } // namespace
+
+TEST_F(FeaturesToolTest, FindsTheIonsOfSimulatedRunsAndLittleElse)
+{
+    // Ions whose third isotope is so high that it stands above what is recorded for long enough,
+    // in a mobility run also in a single mobility scan.
+    const QStringList mobility = {text("--mobility-scans"),
+                                  text("300"),
+                                  text("--scan-interval"),
+                                  text("2"),
+                                  text("--time-of-flight"),
+                                  text("--resolving-power"),
+                                  text("40000")};
+    for (const auto& [options, leastHeight] : {std::pair(QStringList(), 2e4), {mobility, 4e5}}) {
+        const QString run = simulatedRun(text("run.mzML"), options);
+        ASSERT_EQ(features(run, text("a")).exitCode, 0);
+        QList<QStringList> truth = rows(text("run.truth.tsv"));
+        const QList<QStringList> found = rows(text("a/run.features.tsv"));
+        const auto isTrue = [&](const QStringList& feature) {
+            return std::ranges::any_of(truth, [&](const auto& ion) { return isIon(feature, ion); });
+        };
+        const auto trueCount = std::ranges::count_if(found, isTrue);
+        EXPECT_GE(static_cast<double>(trueCount), 0.95 * static_cast<double>(found.size()));
+
+        truth.removeIf([&](const QStringList& ion) { return thirdIsotope(ion) < leastHeight; });
+        const auto foundCount = std::ranges::count_if(truth, [&](const QStringList& ion) {
+            return std::ranges::any_of(found, [&](const auto& row) { return isIon(row, ion); });
+        });
+        ASSERT_GT(truth.size(), 20);
+        EXPECT_GE(static_cast<double>(foundCount), 0.95 * static_cast<double>(truth.size()))
+            << foundCount << " of " << truth.size();
+    }
+}
 
 TEST_F(FeaturesToolTest, WritesEqualFilesForEqualRuns)
 {
