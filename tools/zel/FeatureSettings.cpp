@@ -270,20 +270,30 @@ void FeatureSettings::addHills(CLI::App& command)
         CLI::Range(0.0, 1e6));
 }
 
-/// How version 2 cuts what it has linked along retention.
-void FeatureSettings::addPeakSplitter(CLI::App& command)
+/// Adds options for the fields of a record inside the settings.
+/// \param note  ends the meaning of each
+template <typename Group>
+auto FeatureSettings::memberAdder(CLI::App& command,
+                                  Group Parameters::*group,
+                                  const std::string& note)
 {
-    const auto addTo = [this, &command](const std::string& name,
-                                        auto XicPeakSplitterOptions::*field,
-                                        const std::string& meaning,
-                                        const CLI::Validator& check) {
+    return [this, &command, group, note](const std::string& name,
+                                         auto Group::*field,
+                                         const std::string& meaning,
+                                         const CLI::Validator& check) {
         addField(
             command,
             name,
-            [field](auto& params) -> auto& { return params.peakSplitterOptions.*field; },
-            meaning,
+            [ group, field ](auto& params) -> auto& { return params.*group.*field; },
+            meaning + note,
             check);
     };
+}
+
+/// How version 2 cuts what it has linked along retention.
+void FeatureSettings::addPeakSplitter(CLI::App& command)
+{
+    const auto addTo = memberAdder(command, &Parameters::peakSplitterOptions);
     using Options = XicPeakSplitterOptions;
     const CLI::Range notNegative(0.0, kLargest);
     addTo("--splitting-disabled",
@@ -319,17 +329,8 @@ void FeatureSettings::addPeakSplitter(CLI::App& command)
 /// How the limits of a chromatogram's peaks are found.
 void FeatureSettings::addPeakLimits(CLI::App& command)
 {
-    const auto addTo = [this, &command](const std::string& name,
-                                        auto XicBaselineLimitsDetectorOptions::*field,
-                                        const std::string& meaning,
-                                        const CLI::Validator& check) {
-        addField(
-            command,
-            name,
-            [field](auto& params) -> auto& { return params.baselineOptions.*field; },
-            meaning + "; not read by versions 1 and 2",
-            check);
-    };
+    const auto addTo =
+        memberAdder(command, &Parameters::baselineOptions, "; not read by versions 1 and 2");
     using Options = XicBaselineLimitsDetectorOptions;
     const CLI::Range notNegative(0.0, kLargest);
     addTo("--min-peak-width", &Options::minPeakWidth, "Narrowest peak, min", notNegative);
@@ -376,7 +377,7 @@ Parameters FeatureSettings::forRun(bool hasMobility, std::optional<double> peakW
     } else if (m_preset == "tims" || (m_preset == "auto" && hasMobility)) {
         params = Parameters::trappedMobility();
     }
-    if (m_preset == "auto" && peakWidthMz) {
+    if (fitsKernel() && peakWidthMz) {
         setKernel(*peakWidthMz, params);
     }
     params.featureFinderVersion = m_version.value_or(hasMobility ? 2 : 1);

@@ -21,6 +21,9 @@ public:
     /// Declares the options. This object must outlive the parsing, and must not move.
     void addTo(CLI::App& command);
 
+    /// Whether `forRun` makes use of the width of profile peaks.
+    bool fitsKernel() const { return m_preset == "auto"; }
+
     /// The settings for a run: the preset, or the one for its kind of data, with what was given
     /// put in. The version is 2 with mobility and 1 without, unless given. Where the preset is
     /// chosen by the run, the m/z kernel is made for the peaks of profile spectra.
@@ -45,6 +48,10 @@ private:
     void addReading(CLI::App& command);
     void addMatrices(CLI::App& command);
     void addHills(CLI::App& command);
+    template <typename Group>
+    auto memberAdder(CLI::App& command,
+                     Group SettableFeatureFinderParameters::*group,
+                     const std::string& note = {});
     void addPeakSplitter(CLI::App& command);
     void addPeakLimits(CLI::App& command);
 

@@ -140,7 +140,10 @@ Result<RunFeatures> findFeatures(const FeaturesOptions& options,
 {
     Error e;
     ZEL_ASSIGN_OR_RETURN(const bool hasMobility, source->hasMobility());
-    ZEL_ASSIGN_OR_RETURN(const std::optional<double> peakWidthMz, profilePeakWidth(source));
+    std::optional<double> peakWidthMz;
+    if (options.settings.fitsKernel()) {
+        ZEL_ASSIGN_OR_RETURN(peakWidthMz, profilePeakWidth(source));
+    }
     RunFeatures found;
     found.params = options.settings.forRun(hasMobility, peakWidthMz);
     ZEL_RETURN_IF_ERROR(checkSettings(options, path, hasMobility, found.params));
