@@ -1,7 +1,7 @@
 // Any bytes as a network file: an error, or networks that give finite answers. The bytes are tried
 // as they are, and once more with a checksum that fits.
 
-#include "common/core_mini/src/algo/NetworkFile_p.h"
+#include "common/core_mini/src/algo/networks/NetworkFile_p.h"
 
 #include <QCryptographicHash>
 

@@ -1,8 +1,8 @@
 // Writes one folder of valid inputs for each fuzz target below the folder that is given.
 
-#include "common/core_mini/src/algo/NetworkInputs_p.h"
-#include "tools/sources/InMemoryDataSource.h"
-#include "turbo/TurboXic.h"
+#include "common/core_mini/src/algo/networks/NetworkInputs_p.h"
+#include "tools/sources/memory/InMemoryDataSource.h"
+#include "turbo/index/TurboXic.h"
 
 #include <QDataStream>
 #include <QDir>

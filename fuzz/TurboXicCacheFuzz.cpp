@@ -1,6 +1,6 @@
 // Any bytes as a cache file: an error, or an index that can be used.
 
-#include "turbo/TurboXic.h"
+#include "turbo/index/TurboXic.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/core_mini/src/algo/XicDetectionOptions.h"
+#include "common/core_mini/src/algo/parameters/XicDetectionOptions.h"
 #include "common/ms_types/Interval.h"
 #include "common/stable/Export.h"
 #include "common/stable/Result.h"

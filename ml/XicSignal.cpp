@@ -1,4 +1,4 @@
-#include "common/core_mini/src/algo/Convolution.h"
+#include "common/core_mini/src/algo/numeric/Convolution.h"
 #include "common/stable/MathUtils.h"
 #include "ml/XicSignal_p.h"
 

@@ -2,8 +2,8 @@
 
 #include "MultiIsotopeXicFold_p.h"
 #include "chemical_model/ChemicalFactory.h"
-#include "common/core_mini/src/algo/AveragineGenerator.h"
 #include "common/core_mini/src/algo/ErrorUtils.h"
+#include "common/core_mini/src/algo/isotopes/AveragineGenerator.h"
 #include "common/ms_types/MsDataSourceInterface.h"
 #include "common/stable/PhysicalConstants.h"
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "WhmParams.h"
 #include "common/ms_types/XicWindow.h"
 #include "common/stable/Export.h"
 #include "common/stable/Result.h"
@@ -27,21 +28,7 @@ class MsDataSourceInterface;
 class ZEL_EXPORT MultiIsotopeXic
 {
 public:
-    /// Settings of the weighted harmonic mean.
-    struct WHMParams
-    {
-        /// The offset of the mean is the tallest isotope's intensity divided by this. Larger values
-        /// punish a missing isotope harder.
-        double intensityDivisor = 400.0;
-        /// Lifts the offset by the base peak intensity, so that faint signal beside strong signal
-        /// counts less.
-        bool useBasePeakFloor = false;
-        /// Width in points of the moving mean before the fold; 1 or less means none.
-        int smoothingWindow = -1;
-        /// The base peak plot over the XIC's time span, filled per call; what a caller puts here is
-        /// not read by `xic`.
-        QList<double> basePeakIntensities;
-    };
+    using WHMParams = WhmParams;
 
     /// How isotopes are folded.
     enum XicAggregationType {

@@ -15,7 +15,7 @@ constexpr double kLambertWOfOne = 0.567143;
 
 /// The offset of the mean at one point: a share of the tallest isotope `top`, lifted by the base
 /// peak when asked for.
-double offsetOfMean(double top, qsizetype pointIndex, const MultiIsotopeXic::WHMParams& params)
+double offsetOfMean(double top, qsizetype pointIndex, const WhmParams& params)
 {
     const double offset = top / params.intensityDivisor;
     if (!params.useBasePeakFloor) {
@@ -80,7 +80,7 @@ QList<QList<QPointF>> smoothXics(const QList<QList<QPointF>>& xics, int window)
 
 Result<QList<QPointF>> whmXics(const QList<QList<QPointF>>& xics,
                                const QList<double>& weights,
-                               const MultiIsotopeXic::WHMParams& params)
+                               const WhmParams& params)
 {
     const QList<QList<QPointF>> smoothed = smoothXics(xics, params.smoothingWindow);
     if (smoothed.size() != weights.size() || smoothed.isEmpty()) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "MultiIsotopeXic.h"
+#include "WhmParams.h"
 #include "common/stable/Result.h"
 
 #include <QList>
@@ -27,7 +27,7 @@ QList<QList<QPointF>> smoothXics(const QList<QList<QPointF>>& xics, int window);
 /// unless there is one positive weight for each of at least one XIC
 Result<QList<QPointF>> whmXics(const QList<QList<QPointF>>& xics,
                                const QList<double>& weights,
-                               const MultiIsotopeXic::WHMParams& params);
+                               const WhmParams& params);
 
 /// The harmonic mean of `values` above a floor: each value is lifted by the offset `c`, and what an
 /// ion without any signal would give, times 1.1, is taken off; not below 0. \return kError for

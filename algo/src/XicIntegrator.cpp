@@ -1,9 +1,9 @@
 #include "XicIntegrator.h"
 
-#include "common/core_mini/src/algo/Point2dListUtils.h"
+#include "common/core_mini/src/algo/numeric/Point2dListUtils.h"
 #include "common/stable/PlotBase.h"
-#include "ms_feature/MsFeatureFinderBase.h"
-#include "ms_feature/MsFeatureFinderFactory.h"
+#include "ms_feature/finders/MsFeatureFinderBase.h"
+#include "ms_feature/finders/MsFeatureFinderFactory.h"
 
 #include <memory>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "XicIntegratorResult.h"
-#include "common/core_mini/src/algo/XicDetectionOptions.h"
+#include "common/core_mini/src/algo/parameters/XicDetectionOptions.h"
 #include "common/stable/Export.h"
 #include "common/stable/Result.h"
 #include "ml/XicBaselineLimitsDetector.h"

@@ -2,7 +2,7 @@
 
 #include "common/core_mini/src/algo/EigenUtilities.h"
 #include "common/core_mini/src/algo/ErrorUtils.h"
-#include "common/core_mini/src/algo/Point2dListUtils.h"
+#include "common/core_mini/src/algo/numeric/Point2dListUtils.h"
 
 #include <algorithm>
 #include <cmath>

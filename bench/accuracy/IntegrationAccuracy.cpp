@@ -6,7 +6,7 @@
 #include "XicIntegrator.h"
 #include "common/core_mini/src/algo/EigenUtilities.h"
 #include "common/stable/MathUtils.h"
-#include "ms_feature/MsFeatureFinderFactory.h"
+#include "ms_feature/finders/MsFeatureFinderFactory.h"
 #include "tools/simulate/EmgPeak.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // How many isotope patterns of averagine a second one core makes, for masses of 500 to 6,000 Da,
 // and how exact they are.
 
-#include "common/core_mini/src/algo/AveragineIsotopeModel.h"
+#include "common/core_mini/src/algo/isotopes/AveragineIsotopeModel.h"
 
 #include <benchmark/benchmark.h>
 

@@ -5,12 +5,12 @@
 #include "bench/support/Paired.h"
 #include "common/stable/MathUtils.h"
 #include "common/stable/MemoryInfo.h"
-#include "feature_finder/FeatureFinderV24D.h"
-#include "feature_finder/FeatureFinderV24DScansHandler.h"
-#include "feature_finder/HillLimits_p.h"
-#include "feature_finder/MatrixRows_p.h"
-#include "feature_finder/ScanIteratorV2HillBuilder.h"
-#include "feature_finder/ScanIteratorV2HillClusteromatic.h"
+#include "feature_finder/clusters/ScanIteratorV2HillClusteromatic.h"
+#include "feature_finder/finders/FeatureFinderV24D.h"
+#include "feature_finder/frames/FeatureFinderV24DScansHandler.h"
+#include "feature_finder/frames/MatrixRows_p.h"
+#include "feature_finder/hills/HillLimits_p.h"
+#include "feature_finder/hills/ScanIteratorV2HillBuilder.h"
 #include "tests/support/SourceProbe.h"
 
 #include <QFile>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tools/simulate/Simulator.h"
-#include "tools/sources/InMemoryDataSource.h"
+#include "tools/sources/memory/InMemoryDataSource.h"
 
 namespace zel::bench {
 

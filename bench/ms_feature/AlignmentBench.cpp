@@ -2,7 +2,7 @@
 // as plain loops over the curves.
 
 #include "bench/support/Paired.h"
-#include "ms_feature/Ms1FeatureAlign.h"
+#include "ms_feature/alignment/Ms1FeatureAlign.h"
 
 #include <benchmark/benchmark.h>
 

@@ -3,10 +3,10 @@
 
 #include "bench/support/Paired.h"
 #include "bench/support/SyntheticRuns.h"
-#include "ms_feature/MsFeatureFinderSeg.h"
+#include "ms_feature/finders/MsFeatureFinderSeg.h"
 #include "tests/support/SourceProbe.h"
-#include "tools/sources/MzmlDataSource.h"
-#include "tools/sources/MzmlWriter.h"
+#include "tools/sources/mzml/MzmlDataSource.h"
+#include "tools/sources/mzml/MzmlWriter.h"
 
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>

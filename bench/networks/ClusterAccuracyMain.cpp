@@ -4,9 +4,9 @@
 
 #include "bench/networks/SceneReport.h"
 #include "bench/networks/SliceReport.h"
-#include "common/core_mini/src/algo/ChargeDeterminatorNN.h"
-#include "common/core_mini/src/algo/MonoisotopeDeterminatorNN.h"
-#include "common/core_mini/src/algo/SettableFeatureFinderParameters.h"
+#include "common/core_mini/src/algo/networks/ChargeDeterminatorNN.h"
+#include "common/core_mini/src/algo/networks/MonoisotopeDeterminatorNN.h"
+#include "common/core_mini/src/algo/parameters/SettableFeatureFinderParameters.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,8 +1,8 @@
 #include "bench/networks/CosineBaseline.h"
 
-#include "common/core_mini/src/algo/AveragineIsotopeModel.h"
-#include "common/core_mini/src/algo/IsotopeLattice_p.h"
-#include "common/core_mini/src/algo/MolCalc.h"
+#include "common/core_mini/src/algo/isotopes/AveragineIsotopeModel.h"
+#include "common/core_mini/src/algo/isotopes/IsotopeLattice_p.h"
+#include "common/core_mini/src/algo/isotopes/MolCalc.h"
 
 namespace zel::bench {
 

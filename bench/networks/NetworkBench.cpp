@@ -1,8 +1,8 @@
 // How many slices a second one core tells the charge and the monoisotopic offset of.
 
-#include "common/core_mini/src/algo/ChargeDeterminatorNN.h"
-#include "common/core_mini/src/algo/MonoisotopeDeterminatorNN.h"
-#include "common/core_mini/src/algo/SettableFeatureFinderParameters.h"
+#include "common/core_mini/src/algo/networks/ChargeDeterminatorNN.h"
+#include "common/core_mini/src/algo/networks/MonoisotopeDeterminatorNN.h"
+#include "common/core_mini/src/algo/parameters/SettableFeatureFinderParameters.h"
 #include "tests/support/IsotopeClusters.h"
 
 #include <benchmark/benchmark.h>

@@ -1,8 +1,8 @@
 #include "bench/networks/SceneReport.h"
 
-#include "common/core_mini/src/algo/FeatureFinderUtilities.h"
-#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
-#include "feature_finder/ScanIteratorV2HillClusteromatic.h"
+#include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
+#include "common/core_mini/src/algo/parameters/ImmutableFeatureFinderParameters.h"
+#include "feature_finder/clusters/ScanIteratorV2HillClusteromatic.h"
 
 #include <algorithm>
 #include <cmath>

@@ -5,9 +5,9 @@
 #include "BulkXicExtractor.h"
 #include "bench/support/Paired.h"
 #include "bench/support/SyntheticRuns.h"
-#include "tools/sources/MzmlDataSource.h"
-#include "tools/sources/MzmlWriter.h"
-#include "turbo/TurboXic.h"
+#include "tools/sources/mzml/MzmlDataSource.h"
+#include "tools/sources/mzml/MzmlWriter.h"
+#include "turbo/index/TurboXic.h"
 
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>

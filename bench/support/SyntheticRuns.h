@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/ms_types/XicDimensions.h"
-#include "tools/sources/InMemoryDataSource.h"
+#include "tools/sources/memory/InMemoryDataSource.h"
 
 #include <QList>
 

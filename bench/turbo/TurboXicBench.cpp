@@ -5,7 +5,7 @@
 #include "bench/support/SyntheticRuns.h"
 #include "common/stable/MemoryInfo.h"
 #include "common/stable/PointList.h"
-#include "turbo/TurboXic.h"
+#include "turbo/index/TurboXic.h"
 
 #include <QFile>
 #include <QTemporaryDir>

@@ -4,8 +4,8 @@
 #include "BulkXicExtractor.h"
 #include "bench/support/Paired.h"
 #include "bench/support/SyntheticRuns.h"
-#include "tools/sources/MzmlDataSource.h"
-#include "tools/sources/MzmlWriter.h"
+#include "tools/sources/mzml/MzmlDataSource.h"
+#include "tools/sources/mzml/MzmlWriter.h"
 
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>

@@ -2,7 +2,7 @@
 
 #include "MultiIsotopeXicFold_p.h"
 #include "chemical_model/ChemicalFactory.h"
-#include "common/core_mini/src/algo/AveragineGenerator.h"
+#include "common/core_mini/src/algo/isotopes/AveragineGenerator.h"
 #include "tests/support/Runs.h"
 #include "tests/support/SourceProbe.h"
 

@@ -1,7 +1,7 @@
 #include "XicIntegrator.h"
 
-#include "ms_feature/MsFeatureFinderBase.h"
-#include "ms_feature/MsFeatureFinderFactory.h"
+#include "ms_feature/finders/MsFeatureFinderBase.h"
+#include "ms_feature/finders/MsFeatureFinderFactory.h"
 #include "tests/support/Matchers.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "common/core_mini/src/algo/AveragineIsotopeModel.h"
+#include "common/core_mini/src/algo/isotopes/AveragineIsotopeModel.h"
 
 #include "chemical_model/ChemicalFactory.h"
-#include "common/core_mini/src/algo/AveragineGenerator.h"
+#include "common/core_mini/src/algo/isotopes/AveragineGenerator.h"
 #include "tests/support/BruteForceIsotopes.h"
 #include "tests/support/Matchers.h"
 

@@ -1,4 +1,4 @@
-#include "common/core_mini/src/algo/Convolution.h"
+#include "common/core_mini/src/algo/numeric/Convolution.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 #include "common/core_mini/src/algo/EigenUtilities.h"
 
-#include "common/core_mini/src/algo/FeatureFinderUtilities.h"
+#include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
 #include "tests/support/Matchers.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "common/core_mini/src/algo/FeatureFinderUtilities.h"
+#include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
 
 #include "tests/support/Matchers.h"
 #include "tests/support/SparseMatrices.h"

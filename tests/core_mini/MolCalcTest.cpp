@@ -1,4 +1,4 @@
-#include "common/core_mini/src/algo/MolCalc.h"
+#include "common/core_mini/src/algo/isotopes/MolCalc.h"
 
 #include "tests/support/Matchers.h"
 

@@ -1,6 +1,6 @@
-#include "common/core_mini/src/algo/NetworkFile_p.h"
-#include "common/core_mini/src/algo/NetworkInputs_p.h"
-#include "common/core_mini/src/algo/SettableFeatureFinderParameters.h"
+#include "common/core_mini/src/algo/networks/NetworkFile_p.h"
+#include "common/core_mini/src/algo/networks/NetworkInputs_p.h"
+#include "common/core_mini/src/algo/parameters/SettableFeatureFinderParameters.h"
 #include "tests/support/Matchers.h"
 
 #include <QCryptographicHash>

@@ -1,4 +1,4 @@
-#include "common/core_mini/src/algo/Point2dListUtils.h"
+#include "common/core_mini/src/algo/numeric/Point2dListUtils.h"
 
 #include "tests/support/Matchers.h"
 

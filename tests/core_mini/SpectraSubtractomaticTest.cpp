@@ -1,4 +1,4 @@
-#include "common/core_mini/src/algo/SpectraSubtractomatic.h"
+#include "common/core_mini/src/algo/clusters/SpectraSubtractomatic.h"
 
 #include "tests/support/IsotopeClusters.h"
 #include "tests/support/Matchers.h"

@@ -1,7 +1,7 @@
-#include "feature_finder/ChargeFeature.h"
+#include "feature_finder/records/ChargeFeature.h"
 
 #include "common/stable/Stringify.h"
-#include "feature_finder/ChargeFeatureList.h"
+#include "feature_finder/records/ChargeFeatureList.h"
 #include "tests/support/Features.h"
 #include "tests/support/Matchers.h"
 

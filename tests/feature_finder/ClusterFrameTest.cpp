@@ -1,6 +1,6 @@
-#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
-#include "common/core_mini/src/algo/SpectraSubtractomatic.h"
-#include "feature_finder/ClusterFrame_p.h"
+#include "common/core_mini/src/algo/clusters/SpectraSubtractomatic.h"
+#include "common/core_mini/src/algo/parameters/ImmutableFeatureFinderParameters.h"
+#include "feature_finder/clusters/ClusterFrame_p.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/SparseMatrices.h"
 

@@ -1,6 +1,6 @@
-#include "feature_finder/FeatureFinderParametersAutoSet.h"
+#include "feature_finder/finders/FeatureFinderParametersAutoSet.h"
 
-#include "feature_finder/FeatureFinderParametersAutoSet_p.h"
+#include "feature_finder/finders/FeatureFinderParametersAutoSet_p.h"
 #include "tests/support/Runs.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-#include "feature_finder/FeatureFinderV24DScansHandler.h"
+#include "feature_finder/frames/FeatureFinderV24DScansHandler.h"
 
 #include "tests/support/LogCapture.h"
 #include "tests/support/Runs.h"

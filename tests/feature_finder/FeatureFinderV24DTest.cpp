@@ -1,7 +1,7 @@
-#include "feature_finder/FeatureFinderV24D.h"
+#include "feature_finder/finders/FeatureFinderV24D.h"
 
-#include "feature_finder/FeatureFinderFactory.h"
-#include "feature_finder/FeatureFinderV24DScansHandler.h"
+#include "feature_finder/finders/FeatureFinderFactory.h"
+#include "feature_finder/frames/FeatureFinderV24DScansHandler.h"
 #include "tests/support/RecordingSink.h"
 #include "tests/support/Runs.h"
 #include "tests/support/SourceProbe.h"

@@ -1,6 +1,6 @@
-#include "feature_finder/FeatureFinderV2.h"
+#include "feature_finder/finders/FeatureFinderV2.h"
 
-#include "feature_finder/FeatureFinderV2_p.h"
+#include "feature_finder/finders/FeatureFinderV2_p.h"
 #include "tests/support/Runs.h"
 #include "tests/support/SourceProbe.h"
 

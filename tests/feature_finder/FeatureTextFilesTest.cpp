@@ -1,5 +1,5 @@
-#include "feature_finder/FeatureFinderObjectUtils.h"
-#include "feature_finder/HillsUtils.h"
+#include "feature_finder/hills/HillsUtils.h"
+#include "feature_finder/records/FeatureFinderObjectUtils.h"
 #include "tests/support/Features.h"
 #include "tests/support/Matchers.h"
 

@@ -1,4 +1,4 @@
-#include "feature_finder/FrameSum_p.h"
+#include "feature_finder/frames/FrameSum_p.h"
 #include "tests/support/SparseMatrices.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
-#include "feature_finder/MasterFeature.h"
+#include "feature_finder/records/MasterFeature.h"
 
 #include "common/stable/Stringify.h"
-#include "feature_finder/ChargeFeatureBuilder4D.h"
+#include "feature_finder/records/ChargeFeatureBuilder4D.h"
 #include "tests/support/Features.h"
 #include "tests/support/Matchers.h"
 

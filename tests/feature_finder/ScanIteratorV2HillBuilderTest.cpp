@@ -1,4 +1,4 @@
-#include "feature_finder/ScanIteratorV2HillBuilder.h"
+#include "feature_finder/hills/ScanIteratorV2HillBuilder.h"
 
 #include "tests/support/LogCapture.h"
 #include "tests/support/Matchers.h"

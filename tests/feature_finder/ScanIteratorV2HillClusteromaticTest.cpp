@@ -1,6 +1,6 @@
-#include "feature_finder/ScanIteratorV2HillClusteromatic.h"
+#include "feature_finder/clusters/ScanIteratorV2HillClusteromatic.h"
 
-#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
+#include "common/core_mini/src/algo/parameters/ImmutableFeatureFinderParameters.h"
 #include "tests/support/IsotopeClusters.h"
 #include "tests/support/Matchers.h"
 

@@ -1,4 +1,4 @@
-#include "ms_feature/GraphyCollection.h"
+#include "ms_feature/diagrams/GraphyCollection.h"
 #include "tests/support/HtmlPage.h"
 #include "tests/support/Matchers.h"
 

@@ -1,6 +1,6 @@
-#include "ms_feature/MSLocalAlign.h"
+#include "ms_feature/alignment/MSLocalAlign.h"
 
-#include "ms_feature/ShiftedCurves_p.h"
+#include "ms_feature/alignment/ShiftedCurves_p.h"
 #include "tests/support/Matchers.h"
 
 #include <gtest/gtest.h>

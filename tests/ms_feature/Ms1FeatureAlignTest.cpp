@@ -1,6 +1,6 @@
-#include "ms_feature/Ms1FeatureAlign.h"
+#include "ms_feature/alignment/Ms1FeatureAlign.h"
 
-#include "ms_feature/MsFeatureFinderFactory.h"
+#include "ms_feature/finders/MsFeatureFinderFactory.h"
 #include "tests/support/HtmlPage.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/XicSource.h"

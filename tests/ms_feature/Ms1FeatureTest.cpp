@@ -1,4 +1,4 @@
-#include "ms_feature/Ms1Feature.h"
+#include "ms_feature/records/Ms1Feature.h"
 
 #include "tests/support/Matchers.h"
 

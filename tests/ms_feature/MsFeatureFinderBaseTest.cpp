@@ -1,8 +1,8 @@
-#include "ms_feature/MsFeatureFinderBase.h"
+#include "ms_feature/finders/MsFeatureFinderBase.h"
 
 #include "MultiIsotopeXic.h"
-#include "common/core_mini/src/algo/AveragineGenerator.h"
-#include "ms_feature/MsFeatureFinderBase_p.h"
+#include "common/core_mini/src/algo/isotopes/AveragineGenerator.h"
+#include "ms_feature/finders/MsFeatureFinderBase_p.h"
 #include "tests/support/Runs.h"
 #include "tests/support/XicSource.h"
 

@@ -1,6 +1,6 @@
-#include "ms_feature/MsFeatureFinderPrototype.h"
+#include "ms_feature/finders/MsFeatureFinderPrototype.h"
 
-#include "ms_feature/PrototypeWindow_p.h"
+#include "ms_feature/finders/PrototypeWindow_p.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/XicSource.h"
 

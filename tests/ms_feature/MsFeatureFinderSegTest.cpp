@@ -1,4 +1,4 @@
-#include "ms_feature/MsFeatureFinderSeg.h"
+#include "ms_feature/finders/MsFeatureFinderSeg.h"
 
 #include "tests/support/Matchers.h"
 #include "tests/support/XicSource.h"

@@ -1,4 +1,4 @@
-#include "ms_feature/MsFeatureFinderSegV2.h"
+#include "ms_feature/finders/MsFeatureFinderSegV2.h"
 
 #include "tests/support/Matchers.h"
 #include "tests/support/XicSource.h"

@@ -1,4 +1,4 @@
-#include "ms_feature/MsFeatureFinderStage1.h"
+#include "ms_feature/segmentation/MsFeatureFinderStage1.h"
 
 #include "common/stable/PlotBase.h"
 #include "tests/support/Matchers.h"

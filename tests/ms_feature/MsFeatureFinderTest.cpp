@@ -1,8 +1,8 @@
-#include "ms_feature/MsFeatureFinder.h"
+#include "ms_feature/finders/MsFeatureFinder.h"
 
-#include "ms_feature/MsFeatureFinderFactory.h"
-#include "ms_feature/MsFeatureFinderPrototype.h"
-#include "ms_feature/MsFeatureFinderSeg.h"
+#include "ms_feature/finders/MsFeatureFinderFactory.h"
+#include "ms_feature/finders/MsFeatureFinderPrototype.h"
+#include "ms_feature/finders/MsFeatureFinderSeg.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/XicSource.h"
 

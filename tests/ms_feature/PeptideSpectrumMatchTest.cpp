@@ -1,6 +1,6 @@
-#include "ms_feature/PeptideSpectrumMatch.h"
+#include "ms_feature/records/PeptideSpectrumMatch.h"
 
-#include "ms_feature/IsotopeSelector.h"
+#include "ms_feature/records/IsotopeSelector.h"
 #include "tests/support/Matchers.h"
 
 #include <gtest/gtest.h>

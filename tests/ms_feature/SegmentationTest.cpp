@@ -1,6 +1,6 @@
-#include "ms_feature/SegmentationCurve_p.h"
-#include "ms_feature/SegmentationExtremes_p.h"
-#include "ms_feature/SegmentationFeatures_p.h"
+#include "ms_feature/segmentation/SegmentationCurve_p.h"
+#include "ms_feature/segmentation/SegmentationExtremes_p.h"
+#include "ms_feature/segmentation/SegmentationFeatures_p.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/XicSource.h"
 

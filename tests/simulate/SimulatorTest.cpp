@@ -6,7 +6,7 @@
 #include "tools/simulate/RetentionDrift.h"
 #include "tools/simulate/ScanRenderer.h"
 #include "tools/simulate/SimulatedPeptide.h"
-#include "tools/sources/InMemoryDataSource.h"
+#include "tools/sources/memory/InMemoryDataSource.h"
 
 #include <QFile>
 #include <QTemporaryDir>

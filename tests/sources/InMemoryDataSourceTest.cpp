@@ -1,4 +1,4 @@
-#include "tools/sources/InMemoryDataSource.h"
+#include "tools/sources/memory/InMemoryDataSource.h"
 
 #include "tests/support/Matchers.h"
 #include "tests/support/Spectra.h"

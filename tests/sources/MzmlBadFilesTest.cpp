@@ -1,8 +1,8 @@
 #include "tests/support/Matchers.h"
 #include "tests/support/MzmlText.h"
 #include "tests/support/Spectra.h"
-#include "tools/sources/MzmlDataSource.h"
-#include "tools/sources/MzmlWriter.h"
+#include "tools/sources/mzml/MzmlDataSource.h"
+#include "tools/sources/mzml/MzmlWriter.h"
 
 #include <QTemporaryDir>
 #include <gtest/gtest.h>

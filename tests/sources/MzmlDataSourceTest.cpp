@@ -1,4 +1,4 @@
-#include "tools/sources/MzmlDataSource.h"
+#include "tools/sources/mzml/MzmlDataSource.h"
 
 #include "tests/support/Matchers.h"
 #include "tests/support/MzmlText.h"

@@ -1,10 +1,10 @@
-#include "tools/sources/MzmlWriter.h"
+#include "tools/sources/mzml/MzmlWriter.h"
 
 #include "tests/support/Matchers.h"
 #include "tests/support/MzmlText.h"
 #include "tests/support/Spectra.h"
-#include "tools/sources/InMemoryDataSource.h"
-#include "tools/sources/MzmlDataSource.h"
+#include "tools/sources/memory/InMemoryDataSource.h"
+#include "tools/sources/mzml/MzmlDataSource.h"
 
 #include <QDir>
 #include <QTemporaryDir>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "feature_finder/ChargeFeature.h"
-#include "feature_finder/MasterFeature.h"
+#include "feature_finder/records/ChargeFeature.h"
+#include "feature_finder/records/MasterFeature.h"
 
 #include <random>
 

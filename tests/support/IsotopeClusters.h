@@ -1,8 +1,8 @@
 #pragma once
 
-#include "common/core_mini/src/algo/AveragineGenerator.h"
-#include "common/core_mini/src/algo/FeatureFinderUtilities.h"
-#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
+#include "common/core_mini/src/algo/isotopes/AveragineGenerator.h"
+#include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
+#include "common/core_mini/src/algo/parameters/ImmutableFeatureFinderParameters.h"
 
 #include <Eigen/SparseCore>
 #include <QList>

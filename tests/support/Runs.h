@@ -2,7 +2,7 @@
 
 #include "tests/support/Matchers.h"
 #include "tests/support/Spectra.h"
-#include "tools/sources/InMemoryDataSource.h"
+#include "tools/sources/memory/InMemoryDataSource.h"
 
 namespace zel::test {
 

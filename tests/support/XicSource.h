@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ms_feature/PeptideSpectrumMatch.h"
+#include "ms_feature/records/PeptideSpectrumMatch.h"
 #include "tests/support/SourceProbe.h"
 
 #include <cmath>

@@ -2,10 +2,10 @@
 // the repository.
 
 #include "common/stable/PhysicalConstants.h"
-#include "ms_feature/MsFeatureFinderSeg.h"
+#include "ms_feature/finders/MsFeatureFinderSeg.h"
 #include "tests/support/Matchers.h"
-#include "tools/sources/MzmlDataSource.h"
-#include "tools/sources/TsvTable.h"
+#include "tools/io/TsvTable.h"
+#include "tools/sources/mzml/MzmlDataSource.h"
 
 #include <QFileInfo>
 #include <gtest/gtest.h>

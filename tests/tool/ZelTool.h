@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tests/support/Matchers.h"
-#include "tools/sources/MzmlWriter.h"
+#include "tools/sources/mzml/MzmlWriter.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,5 +1,5 @@
 #include "tests/turbo/TurboReference.h"
-#include "turbo/SpectrumMatrixBuilder_p.h"
+#include "turbo/index/SpectrumMatrixBuilder_p.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #include "tests/support/Runs.h"
 #include "tests/support/SourceProbe.h"
 #include "tests/turbo/TurboReference.h"
-#include "turbo/TurboXic.h"
-#include "turbo/TurboXicLoader.h"
+#include "turbo/cache/TurboXicLoader.h"
+#include "turbo/index/TurboXic.h"
 
 #include <QDataStream>
 #include <QDateTime>

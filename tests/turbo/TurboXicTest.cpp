@@ -1,4 +1,4 @@
-#include "turbo/TurboXic.h"
+#include "turbo/index/TurboXic.h"
 
 #include "tests/support/RecordingSink.h"
 #include "tests/support/Runs.h"

@@ -1,4 +1,4 @@
-#include "turbo/TurboXim.h"
+#include "turbo/xim/TurboXim.h"
 
 #include "tests/support/Matchers.h"
 #include "tests/turbo/TurboReference.h"

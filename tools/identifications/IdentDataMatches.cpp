@@ -3,10 +3,10 @@
 #include "tools/identifications/PepXmlCheck.h"
 #include "tools/identifications/PeptideText.h"
 #include "tools/identifications/SpectrumMatchReaders.h"
-#include "tools/sources/AccessionAdapter.h"
-#include "tools/sources/Fault.h"
-#include "tools/sources/FilteredFileBuffer.h"
-#include "tools/sources/UncompressedFile.h"
+#include "tools/io/UncompressedFile.h"
+#include "tools/sources/mzml/AccessionAdapter.h"
+#include "tools/sources/mzml/Fault.h"
+#include "tools/sources/mzml/FilteredFileBuffer.h"
 
 #include <pwiz/data/identdata/IdentData.hpp>
 #include <pwiz/data/identdata/Serializer_mzid.hpp>

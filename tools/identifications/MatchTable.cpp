@@ -1,7 +1,7 @@
 #include "common/stable/PhysicalConstants.h"
 #include "tools/identifications/PeptideText.h"
 #include "tools/identifications/SpectrumMatchReaders.h"
-#include "tools/sources/TsvTable.h"
+#include "tools/io/TsvTable.h"
 
 #include <cmath>
 

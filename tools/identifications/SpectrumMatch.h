@@ -1,6 +1,8 @@
 #pragma once
 
+#include <QList>
 #include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -18,6 +20,13 @@ struct SpectrumMatch
     QString spectrumId;              ///< the spectrum's own identifier in its run; may be empty
     double score = 0.0;              ///< larger is better
     QString place;                   ///< file and line or item, for messages
+};
+
+/// What a file of spectrum matches holds.
+struct SpectrumMatchFile
+{
+    QList<SpectrumMatch> matches; ///< in the order of the file
+    QStringList unknownColumns;   ///< of a table, which were not read
 };
 
 } // namespace zel::identifications

@@ -1,7 +1,7 @@
 #include "tools/identifications/SpectrumMatchFile.h"
 
 #include "tools/identifications/SpectrumMatchReaders.h"
-#include "tools/sources/UncompressedFile.h"
+#include "tools/io/UncompressedFile.h"
 
 namespace zel::identifications {
 

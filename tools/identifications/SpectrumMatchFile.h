@@ -4,17 +4,9 @@
 #include "tools/identifications/MatchReport.h"
 #include "tools/identifications/SpectrumMatch.h"
 
-#include <QList>
-#include <QStringList>
+#include <QString>
 
 namespace zel::identifications {
-
-/// What a file of spectrum matches holds.
-struct SpectrumMatchFile
-{
-    QList<SpectrumMatch> matches; ///< in the order of the file
-    QStringList unknownColumns;   ///< of a table, which were not read
-};
 
 /// Reads the matches of a table (docs/file-formats.md has the columns), mzIdentML or pepXML file,
 /// plain or gzip-compressed; the content tells which it is. Matches that cannot be used go to the

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "tools/identifications/SpectrumMatchFile.h"
+#include "common/stable/Result.h"
+#include "tools/identifications/MatchReport.h"
+#include "tools/identifications/SpectrumMatch.h"
 
 namespace zel::identifications {
 

@@ -2,8 +2,8 @@
 
 #include "chemical_model/IsotopeDistribution.h"
 #include "chemical_model/Residues.h"
-#include "common/core_mini/src/algo/FeatureFinderUtilities.h"
-#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
+#include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
+#include "common/core_mini/src/algo/parameters/ImmutableFeatureFinderParameters.h"
 #include "common/stable/PhysicalConstants.h"
 #include "tools/simulate/PeptideSampling.h"
 #include "tools/simulate/RandomStream.h"

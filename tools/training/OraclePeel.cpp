@@ -1,10 +1,10 @@
 #include "tools/training/OraclePeel.h"
 
-#include "common/core_mini/src/algo/FeatureFinderUtilities.h"
-#include "common/core_mini/src/algo/ImmutableFeatureFinderParameters.h"
-#include "common/core_mini/src/algo/SettableFeatureFinderParameters.h"
-#include "common/core_mini/src/algo/SpectraSubtractomatic.h"
-#include "feature_finder/ClusterFrame_p.h"
+#include "common/core_mini/src/algo/clusters/SpectraSubtractomatic.h"
+#include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
+#include "common/core_mini/src/algo/parameters/ImmutableFeatureFinderParameters.h"
+#include "common/core_mini/src/algo/parameters/SettableFeatureFinderParameters.h"
+#include "feature_finder/clusters/ClusterFrame_p.h"
 #include "tools/simulate/RandomStream.h"
 
 #include <cstdlib>

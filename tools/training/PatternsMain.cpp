@@ -3,7 +3,7 @@
 // and the inputs of both networks in half precision; without a cluster, those of the offset network
 // are 0.
 
-#include "common/core_mini/src/algo/NetworkInputs_p.h"
+#include "common/core_mini/src/algo/networks/NetworkInputs_p.h"
 #include "tools/training/OraclePeel.h"
 
 #include <QFile>

@@ -1,5 +1,5 @@
-#include "tools/zel/Command.h"
-#include "tools/zel/ConsoleProgress.h"
+#include "tools/zel/cli/Command.h"
+#include "tools/zel/cli/ConsoleProgress.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>

@@ -4,8 +4,8 @@
 #include "common/ms_types/MsDataSourceInterface.h"
 #include "common/stable/Logging.h"
 #include "common/stable/MathUtils.h"
-#include "feature_finder/ScanNumber_p.h"
-#include "ms_feature/MsFeatureFinderFactory.h"
+#include "feature_finder/records/ScanNumber_p.h"
+#include "ms_feature/finders/MsFeatureFinderFactory.h"
 
 #include <QObject>
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "common/core_mini/src/algo/SettableFeatureFinderParameters.h"
+#include "common/core_mini/src/algo/parameters/SettableFeatureFinderParameters.h"
 #include "common/stable/Export.h"
 #include "common/stable/Progress.h"
 #include "common/stable/Result.h"
-#include "feature_finder/MasterFeature.h"
+#include "feature_finder/records/MasterFeature.h"
 
 #include <QList>
 #include <QMap>

@@ -1,4 +1,4 @@
-#include "FeatureFinderDaoV2.h"
+#include "feature_finder/dao/FeatureFinderDaoV2.h"
 
 #include "common/core_mini/src/algo/ErrorUtils.h"
 #include "common/stable/Logging.h"

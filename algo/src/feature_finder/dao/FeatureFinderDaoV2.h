@@ -1,6 +1,6 @@
 #pragma once
 
-#include "feature_finder/MasterFeature.h"
+#include "feature_finder/records/MasterFeature.h"
 
 #include <QString>
 

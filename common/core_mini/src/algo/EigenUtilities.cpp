@@ -1,7 +1,7 @@
 #include "common/core_mini/src/algo/EigenUtilities.h"
 
-#include "common/core_mini/src/algo/Convolution.h"
-#include "common/core_mini/src/algo/FeatureFinderUtilities.h"
+#include "common/core_mini/src/algo/numeric/Convolution.h"
+#include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
 #include "common/stable/Logging.h"
 
 #include <Eigen/QR>

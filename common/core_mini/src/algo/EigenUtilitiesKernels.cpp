@@ -1,5 +1,5 @@
 #include "common/core_mini/src/algo/EigenUtilities.h"
-#include "common/core_mini/src/algo/StoredEntries.h"
+#include "common/core_mini/src/algo/numeric/StoredEntries.h"
 
 #include <algorithm>
 #include <cmath>

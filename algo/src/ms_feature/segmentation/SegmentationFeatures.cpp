@@ -1,0 +1,264 @@
+#include "ms_feature/segmentation/MsFeatureFinderStage1.h"
+#include "ms_feature/segmentation/SegmentationFeatures_p.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zel::segmentation {
+
+namespace {
+
+/// What the filters do without candidates.
+Error noCandidates()
+{
+    ZEL_RETURN_ERROR(kError, "There is no candidate to choose from");
+}
+
+bool lowerArea(const Feature& a, const Feature& b)
+{
+    return a.auc() < b.auc();
+}
+
+/// How far the plot at `time` lies from the height of the apex, as a share of itself; infinite
+/// where the plot has no height.
+double relativeRise(const PlotBase& plot, const Feature& feature, double time)
+{
+    return std::abs(feature.apex().y() / plot.evaluate(time, 1, 0) - 1.0);
+}
+
+/// Whether the boundary between two neighbours is no real valley.
+bool belongTogether(const PlotBase& plot,
+                    double intensityRatio,
+                    double minSkew,
+                    const Feature& left,
+                    const Feature& right)
+{
+    constexpr double greatestGap = 0.01; // minutes
+    const double leftEnd = left.timeInterval().end;
+    const double rightStart = right.timeInterval().start;
+    const double leftSkew = (leftEnd - left.apex().x()) / left.duration();
+    const double rightSkew = (right.apex().x() - rightStart) / right.duration();
+    return std::abs(leftEnd - rightStart) < greatestGap &&
+           (relativeRise(plot, left, leftEnd) < intensityRatio ||
+            relativeRise(plot, right, rightStart) < intensityRatio) &&
+           (leftSkew <= minSkew || rightSkew <= minSkew);
+}
+
+/// The highest place of the plot in the interval: a point, or, in an interval between two
+/// neighbouring points, one of its ends.
+QPointF highestPlace(const PlotBase& plot, const Interval<double>& span)
+{
+    QPointF highest;
+    if (plot.getMinMaxPoints_slow(span.start, span.end, nullptr, &highest)) {
+        return highest;
+    }
+    const QPointF start(span.start, plot.evaluate(span.start, 1, 0));
+    const QPointF end(span.end, plot.evaluate(span.end, 1, 0));
+    return end.y() > start.y() ? end : start;
+}
+
+/// Appends a candidate measured on the plot, unless it has no area.
+Error appendMeasured(const PlotBase& plot,
+                     const Interval<double>& span,
+                     std::vector<Feature>* features)
+{
+    Error e;
+    const double auc =
+        plot.computeAreaNoUnitConversion(span.start, span.end, true, ComputeAreaTrapezoid);
+    if (!(auc > 0.0)) {
+        return e;
+    }
+    const QPointF apex = highestPlace(plot, span);
+    Interval<double> halfMax;
+    ZEL_RETURN_IF_ERROR(MsFeatureFinderStage1::findHalfMaxRange(
+        plot, apex, span.start, span.end, &halfMax.start, &halfMax.end));
+    features->emplace_back(span, auc, apex, halfMax);
+    return e;
+}
+
+} // namespace
+
+Error filterByShare(const std::vector<Feature>& in,
+                    double (Feature::*value)() const,
+                    double ratio,
+                    std::vector<Feature>* out)
+{
+    Error e;
+    constexpr double negligible = 1e-12;
+    out->clear();
+    if (in.empty()) {
+        ZEL_RETURN_IF_ERROR(noCandidates());
+    }
+    if (in.size() == 1) {
+        *out = in;
+        return e;
+    }
+    double greatest = (in.front().*value)();
+    for (const Feature& feature : in) {
+        greatest = std::max(greatest, (feature.*value)());
+    }
+    std::copy_if(in.begin(), in.end(), std::back_inserter(*out), [=](const Feature& feature) {
+        const double own = (feature.*value)();
+        return std::abs(own) > negligible && own >= greatest * ratio;
+    });
+    if (out->empty()) {
+        ZEL_RETURN_ERROR(kError,
+                         QStringLiteral("All of %1 candidates are negligible").arg(in.size()));
+    }
+    return e;
+}
+
+Error filterByDistance(const std::vector<Feature>& in, double window, std::vector<Feature>* out)
+{
+    Error e;
+    out->clear();
+    if (in.empty()) {
+        ZEL_RETURN_IF_ERROR(noCandidates());
+    }
+    if (in.size() == 1) {
+        *out = in;
+        return e;
+    }
+    const Feature& strongest = *std::max_element(in.begin(), in.end(), lowerArea);
+    const double center = strongest.apex().x();
+    std::copy_if(in.begin(), in.end(), std::back_inserter(*out), [=](const Feature& feature) {
+        const Interval<double>& span = feature.timeInterval();
+        return std::max(std::abs(center - span.end), std::abs(center - span.start)) <= window;
+    });
+    if (out->empty()) {
+        out->push_back(strongest);
+    }
+    return e;
+}
+
+Error nearestPointIndex(const PlotBase& plot, double time, int* index)
+{
+    const QList<QPointF>& points = plot.getPointList();
+    if (points.isEmpty()) {
+        ZEL_RETURN_ERROR(kBadParameterError, "A plot without points has none near a time");
+    }
+    const auto notBefore =
+        std::lower_bound(points.cbegin(), points.cend(), time, [](const QPointF& point, double x) {
+            return point.x() < x;
+        });
+    qsizetype nearest = std::max<qsizetype>(notBefore - points.cbegin() - 1, 0);
+    const bool nextIsNearer =
+        notBefore != points.cend() && nearest + 1 < points.size() &&
+        std::abs(points[nearest].x() - time) > std::abs(points[nearest + 1].x() - time);
+    *index = static_cast<int>(nextIsNearer ? nearest + 1 : nearest);
+    return kNoError;
+}
+
+Error tightenFeature(const PlotBase& plot, double ratio, Feature* feature)
+{
+    Error e;
+    int first = 0;
+    int last = 0;
+    Interval<double>& span = feature->timeInterval();
+    ZEL_RETURN_IF_ERROR(nearestPointIndex(plot, span.start, &first));
+    ZEL_RETURN_IF_ERROR(nearestPointIndex(plot, span.end, &last));
+    if (first == last) {
+        return e;
+    }
+    if (first > last) {
+        ZEL_RETURN_ERROR(kError,
+                         QStringLiteral("A candidate starts at %1 min and ends at %2 min")
+                             .arg(span.start)
+                             .arg(span.end));
+    }
+    const QList<QPointF>& points = plot.getPointList();
+    QPointF highest;
+    plot.getMinMaxPoints_slow(points[first].x(), points[last].x(), nullptr, &highest);
+    const double level = highest.y() * ratio;
+    // Some point reaches the level, as long as it is a share of a positive height.
+    while (first < last && points[first].y() < level) {
+        ++first;
+    }
+    while (last > first && points[last].y() < level) {
+        --last;
+    }
+    if (first > 0 && points[first].y() - points[first - 1].y() > level) {
+        --first;
+    }
+    if (last + 1 < points.size() && points[last].y() - points[last + 1].y() > level) {
+        ++last;
+    }
+    span = {points[first].x(), points[last].x()};
+    return e;
+}
+
+void removeOverlaps(const PlotBase& plot, std::vector<Feature>* features)
+{
+    for (std::size_t i = 0; i + 1 < features->size(); ++i) {
+        double& end = (*features)[i].timeInterval().end;
+        double& nextStart = (*features)[i + 1].timeInterval().start;
+        if (!(end > nextStart)) {
+            continue;
+        }
+        if (plot.evaluate(nextStart, 1, 0) > plot.evaluate(end, 1, 0)) {
+            nextStart = end;
+        } else {
+            end = nextStart;
+        }
+    }
+}
+
+Error mergeContiguousFeatures(const PlotBase& plot,
+                              double intensityRatio,
+                              double minSkew,
+                              std::vector<Feature>* features)
+{
+    Error e;
+    if (features->size() < 2 || intensityRatio <= 0.0) {
+        return e;
+    }
+    std::vector<Interval<double>> spans = {features->front().timeInterval()};
+    for (std::size_t i = 1; i < features->size(); ++i) {
+        const Feature& right = (*features)[i];
+        if (belongTogether(plot, intensityRatio, minSkew, (*features)[i - 1], right)) {
+            spans.back().end = right.timeInterval().end;
+        } else {
+            spans.push_back(right.timeInterval());
+        }
+    }
+    std::vector<Feature> merged;
+    for (const Interval<double>& span : spans) {
+        ZEL_RETURN_IF_ERROR(appendMeasured(plot, span, &merged));
+    }
+    *features = std::move(merged);
+    return e;
+}
+
+void distributePsms(const QList<PeptideSpectrumMatch>& psms, std::vector<Feature>* features)
+{
+    if (features->empty()) {
+        return;
+    }
+    for (const PeptideSpectrumMatch& psm : psms) {
+        const double time = psm.scanTimeMinutes();
+        std::min_element(features->begin(),
+                         features->end(),
+                         [time](const Feature& a, const Feature& b) {
+                             return a.distance(time) < b.distance(time);
+                         })
+            ->addPSM(psm);
+    }
+}
+
+Ms1Feature assembleFeature(const std::vector<Feature>& features, const PlotBase& xic)
+{
+    QList<ApexInterval> intervals;
+    for (const Feature& feature : features) {
+        intervals.append(ApexInterval(feature.timeInterval(),
+                                      feature.FWHM(),
+                                      feature.apex(),
+                                      0.0,
+                                      feature.apexAvaragineCorrelation()));
+    }
+    Ms1Feature assembled;
+    assembled.setTimeIntervalList(intervals);
+    assembled.setXicPlot(xic);
+    return assembled;
+}
+
+} // namespace zel::segmentation

@@ -1,0 +1,353 @@
+#include "tools/sources/mzml/SpectrumFile.h"
+
+#include "tools/io/UncompressedFile.h"
+#include "tools/sources/mzml/AccessionAdapter.h"
+#include "tools/sources/mzml/Fault.h"
+#include "tools/sources/mzml/FilteredFileBuffer.h"
+
+#include <QHash>
+#include <pwiz/data/msdata/MSData.hpp>
+#include <pwiz/data/msdata/Serializer_mzML.hpp>
+#include <pwiz/data/msdata/Serializer_mzXML.hpp>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <string>
+
+namespace zel::msreader {
+
+namespace {
+
+namespace pw = pwiz::msdata;
+namespace cv = pwiz::cv;
+
+/// How much of the start of a file is searched for its root element, and of its end for the end of
+/// that.
+constexpr qint64 kHeadSize = 1 << 16;
+constexpr qint64 kTailSize = 1 << 12;
+
+enum class Format { Unknown, MzMl, IndexedMzMl, MzXml };
+
+struct Root
+{
+    Format format = Format::Unknown;
+    QByteArray start;
+    QByteArray end;
+};
+
+/// The root element that opens first.
+Root rootOf(const QByteArray& head)
+{
+    const Root roots[] = {{Format::IndexedMzMl, "<indexedmzML", "</indexedmzML>"},
+                          {Format::MzMl, "<mzML", "</mzML>"},
+                          {Format::MzXml, "<mzXML", "</mzXML>"},
+                          {Format::MzXml, "<msRun", "</msRun>"}};
+    Root first;
+    qsizetype firstPosition = std::numeric_limits<qsizetype>::max();
+    for (const Root& root : roots) {
+        const qsizetype position = head.indexOf(root.start);
+        if (position >= 0 && position < firstPosition) {
+            first = root;
+            firstPosition = position;
+        }
+    }
+    return first;
+}
+
+/// The number that a term carries; NaN when it carries none.
+double numberOf(const pw::CVParam& param)
+{
+    double number = std::numeric_limits<double>::quiet_NaN();
+    const char* const end = param.value.data() + param.value.size();
+    const auto [last, status] = std::from_chars(param.value.data(), end, number);
+    return status == std::errc() && last == end ? number : std::numeric_limits<double>::quiet_NaN();
+}
+
+/// The same; 0 when there is no such number.
+double numberOrZero(const pw::CVParam& param)
+{
+    const double number = numberOf(param);
+    return std::isfinite(number) ? number : 0.0;
+}
+
+/// NaN without a time of known unit.
+double minutesOf(const pw::CVParam& time)
+{
+    switch (time.units) {
+    case cv::UO_minute:
+    case cv::MS_minute_OBSOLETE:
+        return numberOf(time);
+    case cv::UO_second:
+    case cv::MS_second_OBSOLETE:
+        return numberOf(time) / 60.0;
+    case cv::UO_millisecond:
+        return numberOf(time) / 60000.0;
+    case cv::UO_hour:
+        return numberOf(time) * 60.0;
+    default:
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+}
+
+/// The ion mobility that stands among these terms, or 0.
+double mobilityOf(const pw::ParamContainer& params)
+{
+    const double driftTime = numberOrZero(params.cvParam(cv::MS_ion_mobility_drift_time));
+    return driftTime > 0.0 ? driftTime
+                           : numberOrZero(params.cvParam(cv::MS_inverse_reduced_ion_mobility));
+}
+
+double mobilityOf(const pw::Spectrum& spectrum)
+{
+    double mobility = mobilityOf(static_cast<const pw::ParamContainer&>(spectrum));
+    if (mobility <= 0.0 && !spectrum.scanList.scans.empty()) {
+        mobility = mobilityOf(spectrum.scanList.scans.front());
+    }
+    if (mobility <= 0.0 && !spectrum.precursors.empty() &&
+        !spectrum.precursors.front().selectedIons.empty()) {
+        mobility = mobilityOf(spectrum.precursors.front().selectedIons.front());
+    }
+    return mobility;
+}
+
+math::ClosedMultiInterval<double, 10> scanWindowsOf(const pw::Scan& scan)
+{
+    math::ClosedMultiInterval<double, 10> range;
+    for (const pw::ScanWindow& window : scan.scanWindows) {
+        const double lower = numberOf(window.cvParam(cv::MS_scan_window_lower_limit));
+        const double upper = numberOf(window.cvParam(cv::MS_scan_window_upper_limit));
+        if (std::isfinite(lower) && std::isfinite(upper)) {
+            range.unite({lower, upper});
+        }
+    }
+    return range;
+}
+
+/// The first precursor. A window without a stated centre is centred on the selected ion.
+PrecursorInfo precursorOf(const pw::Spectrum& spectrum)
+{
+    PrecursorInfo info;
+    if (spectrum.precursors.empty()) {
+        return info;
+    }
+    const pw::Precursor& precursor = spectrum.precursors.front();
+    const pw::IsolationWindow& window = precursor.isolationWindow;
+    info.isolationMz = numberOrZero(window.cvParam(cv::MS_isolation_window_target_m_z));
+    info.isolationLowerOffset = numberOrZero(window.cvParam(cv::MS_isolation_window_lower_offset));
+    info.isolationUpperOffset = numberOrZero(window.cvParam(cv::MS_isolation_window_upper_offset));
+    if (!precursor.selectedIons.empty()) {
+        const pw::SelectedIon& ion = precursor.selectedIons.front();
+        info.selectedIonMz = numberOrZero(ion.cvParam(cv::MS_selected_ion_m_z));
+        info.charge = static_cast<int>(
+            std::clamp(numberOrZero(ion.cvParam(cv::MS_charge_state)), -1000.0, 1000.0));
+    }
+    if (info.isolationMz <= 0.0) {
+        info.isolationMz = info.selectedIonMz;
+    }
+    return info;
+}
+
+/// The scan number in a native id such as "controllerType=0 controllerNumber=1 scan=12", or 0.
+long long scanNumberOf(const QString& nativeId)
+{
+    for (const QLatin1String key : {QLatin1String("scan="),
+                                    QLatin1String("scanId="),
+                                    QLatin1String("frame="),
+                                    QLatin1String("spectrum=")}) {
+        for (const QStringView part : QStringView(nativeId).split(u' ')) {
+            if (part.startsWith(key)) {
+                return part.sliced(key.size()).toLongLong();
+            }
+        }
+    }
+    return 0;
+}
+
+/// 0 when the file does not tell.
+int msLevelOf(const pw::Spectrum& spectrum)
+{
+    const pw::CVParam level = spectrum.cvParam(cv::MS_ms_level);
+    if (!level.empty()) {
+        const double number = numberOf(level);
+        return number >= 1.0 && number <= 100.0 ? static_cast<int>(number) : 0;
+    }
+    return spectrum.hasCVParam(cv::MS_MS1_spectrum) ? 1 : 0;
+}
+
+SpectrumHeader headerOf(const pw::Spectrum& spectrum)
+{
+    SpectrumHeader header;
+    header.isMassSpectrum = !spectrum.hasCVParam(cv::MS_electromagnetic_radiation_spectrum) &&
+                            !spectrum.hasCVParam(cv::MS_absorption_spectrum) &&
+                            !spectrum.hasCVParam(cv::MS_emission_spectrum);
+    header.pointCount = static_cast<qsizetype>(spectrum.defaultArrayLength);
+    const bool isProfile = spectrum.hasCVParam(cv::MS_profile_spectrum);
+    const bool isCentroid = spectrum.hasCVParam(cv::MS_centroid_spectrum);
+    header.isKindStated = isProfile != isCentroid;
+    ScanInfo& info = header.info;
+    info.storedAs = isProfile ? PeakPickingFilter::Profile : PeakPickingFilter::Centroid;
+    info.msLevel = msLevelOf(spectrum);
+    info.retentionTimeMinutes = std::numeric_limits<double>::quiet_NaN();
+    if (!spectrum.scanList.scans.empty()) {
+        const pw::Scan& scan = spectrum.scanList.scans.front();
+        info.retentionTimeMinutes = minutesOf(scan.cvParam(cv::MS_scan_start_time));
+        info.acquiredMzRange = scanWindowsOf(scan);
+    }
+    info.mobility = mobilityOf(spectrum);
+    header.precursor = precursorOf(spectrum);
+    return header;
+}
+
+std::span<const double> spanOf(const pw::BinaryDataArrayPtr& array)
+{
+    if (!array || array->data.empty()) {
+        return {};
+    }
+    return {&array->data[0], array->data.size()};
+}
+
+} // namespace
+
+class SpectrumFile::Private
+{
+public:
+    explicit Private(const QString& filePath)
+        : path(filePath)
+    {}
+
+    const pw::SpectrumList& spectra() const { return *data.run.spectrumListPtr; }
+
+    QString path;
+    pw::MSData data;
+    pw::SpectrumPtr current; ///< owner of the arrays that were given last
+};
+
+SpectrumFile::SpectrumFile(std::unique_ptr<Private> privateData)
+    : d(std::move(privateData))
+{}
+
+SpectrumFile::~SpectrumFile() = default;
+
+Result<std::unique_ptr<SpectrumFile>> SpectrumFile::open(const QString& path)
+{
+    ZEL_ASSIGN_OR_RETURN(std::unique_ptr<QFile> file, openUncompressed(path));
+    std::unique_ptr<SpectrumFile> opened(new SpectrumFile(std::make_unique<Private>(path)));
+    const Root root = rootOf(file->read(kHeadSize));
+    if (root.format == Format::Unknown) {
+        ZEL_RETURN_ERROR(opened->formatError(QStringLiteral("this is no mzML or mzXML file")));
+    }
+    file->seek(std::max<qint64>(file->size() - kTailSize, 0));
+    if (!file->read(kTailSize).contains(root.end)) {
+        ZEL_RETURN_ERROR(opened->formatError(QStringLiteral("the file is cut off: %1 is missing")
+                                                 .arg(QString::fromLatin1(root.end))));
+    }
+
+    pw::MSData& data = opened->d->data;
+    const QString fault = faultOf([&data, &file, &root] {
+        const boost::shared_ptr<std::istream> stream(
+            new FilteredFileStream(std::move(file), AccessionAdapter()));
+        if (root.format == Format::MzXml) {
+            pw::Serializer_mzXML().read(stream, data);
+        } else {
+            pw::Serializer_mzML::Config config;
+            config.indexed = root.format == Format::IndexedMzMl;
+            pw::Serializer_mzML(config).read(stream, data);
+        }
+    });
+    if (!fault.isEmpty()) {
+        ZEL_RETURN_ERROR(
+            opened->formatError(QStringLiteral("its header cannot be read: %1").arg(fault)));
+    }
+    if (data.run.spectrumListPtr == nullptr || data.run.spectrumListPtr->size() == 0) {
+        ZEL_RETURN_ERROR(opened->formatError(QStringLiteral("it contains no spectra")));
+    }
+    return opened;
+}
+
+const QString& SpectrumFile::path() const
+{
+    return d->path;
+}
+
+qsizetype SpectrumFile::spectrumCount() const
+{
+    return static_cast<qsizetype>(d->spectra().size());
+}
+
+QString SpectrumFile::nativeId(qsizetype index) const
+{
+    return QString::fromStdString(
+        d->spectra().spectrumIdentity(static_cast<std::size_t>(index)).id);
+}
+
+Result<SpectrumHeader> SpectrumFile::readHeader(qsizetype index)
+{
+    SpectrumHeader header;
+    const QString fault = faultOf([this, index, &header] {
+        header = headerOf(*d->spectra().spectrum(static_cast<std::size_t>(index), false));
+    });
+    if (!fault.isEmpty()) {
+        ZEL_RETURN_ERROR(
+            formatError(index, QStringLiteral("its header cannot be read: %1").arg(fault)));
+    }
+    if (!header.isMassSpectrum) {
+        return header;
+    }
+    if (header.info.msLevel == 0) {
+        ZEL_RETURN_ERROR(formatError(index, QStringLiteral("it states no valid MS level")));
+    }
+    if (!std::isfinite(header.info.retentionTimeMinutes)) {
+        ZEL_RETURN_ERROR(
+            formatError(index, QStringLiteral("it states no valid scan start time with its unit")));
+    }
+    header.info.nativeScanNumber = scanNumberOf(nativeId(index));
+    return header;
+}
+
+Result<SpectrumArrays> SpectrumFile::readArrays(qsizetype index, qsizetype pointCount)
+{
+    SpectrumArrays arrays;
+    const QString fault = faultOf([this, index, pointCount, &arrays] {
+        // With what the header said as a seed, libpwiz reads no more than the arrays.
+        const pw::SpectrumPtr seed(new pw::Spectrum);
+        seed->index = static_cast<std::size_t>(index);
+        seed->defaultArrayLength = static_cast<std::size_t>(pointCount);
+        d->current = d->spectra().spectrum(seed, true);
+        const cv::CVID mobilityArray = cv::cvTermInfo(kMobilityArrayAccession).cvid;
+        arrays = {spanOf(d->current->getMZArray()),
+                  spanOf(d->current->getIntensityArray()),
+                  spanOf(d->current->getArrayByCVID(mobilityArray))};
+    });
+    if (!fault.isEmpty()) {
+        ZEL_RETURN_ERROR(
+            formatError(index, QStringLiteral("its data cannot be decoded: %1").arg(fault)));
+    }
+    const auto count = static_cast<std::size_t>(pointCount);
+    const bool hasMobility = !arrays.mobility.empty();
+    if (arrays.mz.size() != count || arrays.intensity.size() != count ||
+        (hasMobility && arrays.mobility.size() != count)) {
+        ZEL_RETURN_ERROR(formatError(
+            index,
+            QStringLiteral("%1 points were announced, but there are %2 m/z values, %3 intensities "
+                           "and %4 mobilities")
+                .arg(count)
+                .arg(arrays.mz.size())
+                .arg(arrays.intensity.size())
+                .arg(arrays.mobility.size())));
+    }
+    return arrays;
+}
+
+Error SpectrumFile::formatError(const QString& what) const
+{
+    return Error(kFileFormatError, QStringLiteral("%1: %2").arg(d->path, what));
+}
+
+Error SpectrumFile::formatError(qsizetype index, const QString& what) const
+{
+    return formatError(QStringLiteral("spectrum \"%1\": %2").arg(nativeId(index), what));
+}
+
+} // namespace zel::msreader

@@ -1,0 +1,237 @@
+#include "common/stable/NumberText.h"
+#include "tools/io/TextOutput.h"
+#include "tools/sources/mzml/MzmlDataSource.h"
+#include "tools/zel/cli/Command.h"
+#include "tools/zel/cli/CommandLine.h"
+#include "tools/zel/xic/XicExtraction.h"
+
+#include <QFileInfo>
+
+#include <iostream>
+#include <memory>
+#include <vector>
+
+namespace zel::tool {
+
+using msreader::PeakPickingFilter;
+
+namespace {
+
+struct XicOptions
+{
+    std::string file;
+    std::string windows;
+    std::vector<double> mzs;
+    double ppm = 10.0;
+    std::string rt;
+    int msLevel = 1;
+    bool profile = false;
+    bool turbo = false;
+    std::string cache;
+    int maxIonCount = 1000;
+    std::string isotopes;
+    double mass = 0.0;
+    int charge = 0;
+    double isotopeShare = 0.8;
+    bool deamidated = false;
+    std::string output;
+    std::string plot;
+};
+
+using TimeSet = math::ClosedMultiInterval<double, 6>;
+
+/// The targets of --windows, or of --mz, --ppm and --rt.
+Result<QList<XicTarget>> targetsOf(const XicOptions& options)
+{
+    if (!options.windows.empty()) {
+        return readXicWindows(QString::fromStdString(options.windows));
+    }
+    const TimeSet time = options.rt.empty() ? TimeSet::unbounded() : parseTimeRange(options.rt);
+    QList<XicTarget> targets;
+    for (const double mz : options.mzs) {
+        const QString name = QStringLiteral("mz_") + QString::fromLatin1(roundTripText(mz));
+        targets.append({name, {XicDimensions(mzWindow(mz, options.ppm), time)}});
+    }
+    return targets;
+}
+
+/// The ion of --mass and --charge over the times of --rt, or over the whole run.
+Result<IsotopeTarget> isotopeTargetOf(const XicOptions& options,
+                                      msreader::MsDataSourceInterface* source)
+{
+    IsotopeTarget target;
+    target.neutralMass = options.mass;
+    target.charge = options.charge;
+    target.ppm = options.ppm;
+    target.isotopeShare = options.isotopeShare;
+    target.harmonicMean = options.isotopes == "whm";
+    target.isDeamidated = options.deamidated;
+    if (options.rt.empty()) {
+        ZEL_ASSIGN_OR_RETURN(target.time, source->retentionTimeRange());
+    } else {
+        target.time = parseTimeRange(options.rt);
+    }
+    return target;
+}
+
+Result<QList<NamedXic>> extract(const XicOptions& options,
+                                const QList<XicTarget>& targets,
+                                msreader::MsDataSourceInterface* source,
+                                const QSharedPointer<ProgressBarInterface>& progress)
+{
+    if (!options.isotopes.empty()) {
+        ZEL_ASSIGN_OR_RETURN(const IsotopeTarget target, isotopeTargetOf(options, source));
+        return extractIsotopes(target, source);
+    }
+    if (options.turbo) {
+        QString what;
+        auto xics = extractFromIndex(targets,
+                                     options.maxIonCount,
+                                     QString::fromStdString(options.cache),
+                                     source,
+                                     progress,
+                                     &what);
+        if (!what.isEmpty()) {
+            std::cerr << "zel: " << what.toStdString() << '\n';
+        }
+        return xics;
+    }
+    const auto filter = options.profile ? PeakPickingFilter::Profile : PeakPickingFilter::Centroid;
+    return extractInBulk(targets, {options.msLevel, filter}, source, progress);
+}
+
+void writeTable(const QList<NamedXic>& xics, TextOutput& output)
+{
+    output << "name\trt_min\tintensity\n";
+    for (const NamedXic& xic : xics) {
+        const QByteArray name = xic.name.toUtf8() + '\t';
+        QByteArray rows;
+        for (const QPointF& point : xic.points) {
+            rows += name + roundTripText(point.x()) + '\t' + roundTripText(point.y()) + '\n';
+        }
+        output << rows;
+    }
+}
+
+Error run(const XicOptions& options, const CommandContext& context)
+{
+    Error e;
+    ZEL_ASSIGN_OR_RETURN(const QList<XicTarget> targets, targetsOf(options));
+    // The outputs are opened first, so that a wrong path does not cost the whole extraction.
+    ZEL_ASSIGN_OR_RETURN(const auto table,
+                         TextOutput::open(QString::fromStdString(options.output)));
+    std::unique_ptr<TextOutput> plot;
+    if (!options.plot.empty()) {
+        ZEL_ASSIGN_OR_RETURN(plot, TextOutput::open(QString::fromStdString(options.plot)));
+    }
+    const QString path = QString::fromStdString(options.file);
+    ZEL_ASSIGN_OR_RETURN(const auto source, msreader::MzmlDataSource::open(path));
+    ZEL_RETURN_IF_ERROR(checkHasMsLevel(source.get(), path, options.msLevel));
+    ZEL_ASSIGN_OR_RETURN(const QList<NamedXic> xics,
+                         extract(options, targets, source.get(), context.progress));
+
+    writeTable(xics, *table);
+    ZEL_RETURN_IF_ERROR(table->commit());
+    if (plot) {
+        *plot << chromatogramPage(QFileInfo(path).fileName(), xics);
+        ZEL_RETURN_IF_ERROR(plot->commit());
+    }
+    return e;
+}
+
+/// Windows, times, scans and outputs.
+void addWindowOptions(CLI::App& command, XicOptions& options)
+{
+    command.add_option("file", options.file, "mzML or mzXML file, plain or gzip-compressed")
+        ->required();
+    command.add_option(
+        "--windows",
+        options.windows,
+        "Table of windows (TSV): name, mz and ppm or mz_start and mz_end, optional rt_start, "
+        "rt_end (min), group");
+    command.add_option("--mz", options.mzs, "m/z of an ion; may be given several times")
+        ->check(CLI::PositiveNumber);
+    command
+        .add_option("--ppm", options.ppm, "Half width of the window around --mz or an isotope, ppm")
+        ->capture_default_str()
+        ->check(CLI::NonNegativeNumber);
+    command.add_option("--rt", options.rt, "Time range A-B, minutes; the whole run if not given")
+        ->check(timeRangeValidator());
+    command.add_option("--ms-level", options.msLevel, "MS level of the scans")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 10));
+    command.add_flag(
+        "--profile", options.profile, "Sum profile points where the file has them, not centroids");
+    command.add_option("-o,--output",
+                       options.output,
+                       "Table of the chromatograms (TSV); standard output if not given");
+    command.add_option("--plot", options.plot, "Drawing of the chromatograms (HTML)");
+}
+
+void addIndexOptions(CLI::App& command, XicOptions& options)
+{
+    CLI::Option* const turbo = command.add_flag(
+        "--turbo", options.turbo, "Cut the chromatograms out of an index of the MS1 centroids");
+    command.add_option("--cache", options.cache, "Folder where the index is kept between runs")
+        ->needs(turbo);
+    command
+        .add_option("--max-ions", options.maxIonCount, "Most peaks of a scan that the index keeps")
+        ->capture_default_str()
+        ->check(CLI::Range(1, 1'000'000))
+        ->needs(turbo);
+    turbo->excludes(command.get_option("--profile"));
+    turbo->excludes(command.get_option("--ms-level"));
+}
+
+void addIsotopeOptions(CLI::App& command, XicOptions& options)
+{
+    CLI::Option* const isotopes =
+        command
+            .add_option("--isotopes",
+                        options.isotopes,
+                        "Fold the isotopes of an ion: their sum, or harmonic mean")
+            ->check(CLI::IsMember({"sum", "whm"}));
+    CLI::Option* const mass =
+        command.add_option("--mass", options.mass, "Neutral monoisotopic mass of the ion, Da")
+            ->check(CLI::PositiveNumber)
+            ->needs(isotopes);
+    CLI::Option* const charge = command.add_option("--charge", options.charge, "Charge of the ion")
+                                    ->check(CLI::Range(1, 100))
+                                    ->needs(isotopes);
+    command
+        .add_option("--isotope-share",
+                    options.isotopeShare,
+                    "Isotopes are taken until their shares exceed this")
+        ->capture_default_str()
+        ->check(CLI::Range(0.0, 1.0))
+        ->needs(isotopes);
+    command.add_flag("--deamidated", options.deamidated, "--mass is that of the deamidated form")
+        ->needs(isotopes);
+    isotopes->needs(mass);
+    isotopes->needs(charge);
+    for (const char* const other : {"--mz", "--windows", "--turbo", "--profile", "--ms-level"}) {
+        isotopes->excludes(command.get_option(other));
+    }
+}
+
+} // namespace
+
+void addXicCommand(CLI::App& tool, CommandAction& chosen)
+{
+    auto options = std::make_shared<XicOptions>();
+    CLI::App* const command = tool.add_subcommand("xic", "Extract ion chromatograms from a run");
+    addWindowOptions(*command, *options);
+    addIndexOptions(*command, *options);
+    addIsotopeOptions(*command, *options);
+    command->get_option("--windows")
+        ->excludes(command->get_option("--mz"))
+        ->excludes(command->get_option("--rt"));
+    command->callback([options, &chosen] {
+        if (options->windows.empty() && options->mzs.empty() && options->isotopes.empty()) {
+            throw CLI::RequiredError("--windows or --mz or --isotopes");
+        }
+        chosen = [options](const CommandContext& context) { return run(*options, context); };
+    });
+}
+
+} // namespace zel::tool

@@ -1,0 +1,154 @@
+#include "common/stable/NumberText.h"
+#include "tools/io/TextOutput.h"
+#include "tools/sources/mzml/MzmlDataSource.h"
+#include "tools/zel/cli/Command.h"
+#include "tools/zel/cli/CommandLine.h"
+#include "turbo/xim/TurboXim.h"
+
+#include <QMap>
+
+#include <algorithm>
+#include <memory>
+
+namespace zel::tool {
+
+using msreader::MsQuery;
+using msreader::MsScanId;
+using msreader::PeakPickingFilter;
+
+namespace {
+
+struct XimOptions
+{
+    std::string file;
+    long long frame = 0;
+    std::string mz;
+    std::string output;
+};
+
+/// The mobility scans of one frame and the mobility of each.
+struct Frame
+{
+    QMap<int, QList<QPointF>> scans;
+    QMap<int, double> mobilities;
+};
+
+Result<Frame> readFrame(msreader::MsDataSourceInterface* source, long long d1)
+{
+    ZEL_ASSIGN_OR_RETURN(const bool hasMobility, source->hasMobility());
+    if (!hasMobility) {
+        ZEL_RETURN_ERROR(
+            kBadParameterError,
+            QStringLiteral("%1 has no ion mobility").arg(source->dataSourceInformation().filePath));
+    }
+    ZEL_ASSIGN_OR_RETURN(const auto info, source->scanInfo(MsScanId(d1)));
+    const auto time =
+        math::ClosedMultiInterval<double, 6>(info.retentionTimeMinutes, info.retentionTimeMinutes);
+    MsQuery everyScan = MsQuery::createByTime(
+        time, math::ClosedMultiInterval<double, 10>::unbounded(), info.msLevel);
+    ZEL_ASSIGN_OR_RETURN(const QList<MsScanId> ids, source->scanIds(everyScan.setD2({})));
+    Frame frame;
+    for (const MsScanId& id : ids) {
+        if (id.d1 != d1) {
+            continue; // another frame of the same time
+        }
+        const int scan = static_cast<int>(*id.d2);
+        ZEL_ASSIGN_OR_RETURN(frame.scans[scan],
+                             source->scanData(MsQuery(id, PeakPickingFilter::Profile)));
+        ZEL_ASSIGN_OR_RETURN(const auto scanInfo, source->scanInfo(id));
+        frame.mobilities[scan] = scanInfo.mobility;
+    }
+    return frame;
+}
+
+/// The highest m/z of a frame's peaks; 0 without any.
+double highestMz(const Frame& frame)
+{
+    double highest = 0.0;
+    for (const QList<QPointF>& points : frame.scans) {
+        highest = std::max(highest, points.isEmpty() ? 0.0 : points.constLast().x());
+    }
+    return highest;
+}
+
+/// The mobilogram over all scans of the frame. A range beyond the highest peak is cut there; one
+/// that lies wholly behind it gives zeros.
+Result<QList<QPointF>> mobilogram(const Frame& frame, const Interval<double>& mz)
+{
+    Error e;
+    TurboXicSettings settings;
+    settings.maxIonCount = 0;
+    for (const QList<QPointF>& points : frame.scans) {
+        settings.maxIonCount = std::max(settings.maxIonCount, static_cast<int>(points.size()));
+    }
+    // The index gives scans up to, not including, an end that it holds: an empty scan behind the
+    // last makes room.
+    QMap<int, QList<QPointF>> scans = frame.scans;
+    scans.insert(frame.scans.lastKey() + 1, {});
+    const double highest = highestMz(frame);
+    if (mz.start > highest) {
+        QList<QPointF> zeros;
+        for (int scan = frame.scans.firstKey(); scan <= frame.scans.lastKey(); ++scan) {
+            zeros.append(QPointF(scan, 0.0));
+        }
+        return zeros;
+    }
+    TurboXim index(settings);
+    ZEL_RETURN_IF_ERROR(index.init(scans));
+    ZEL_ASSIGN_OR_RETURN(QList<QPointF> xim,
+                         index.retrieveXim({mz.start, std::min(mz.end, highest)},
+                                           {frame.scans.firstKey(), scans.lastKey()}));
+    return xim;
+}
+
+Error run(const XimOptions& options, const CommandContext& /*context*/)
+{
+    Error e;
+    ZEL_ASSIGN_OR_RETURN(const auto output,
+                         TextOutput::open(QString::fromStdString(options.output)));
+    const QString path = QString::fromStdString(options.file);
+    ZEL_ASSIGN_OR_RETURN(const auto source, msreader::MzmlDataSource::open(path));
+    ZEL_ASSIGN_OR_RETURN(const Frame frame, readFrame(source.get(), options.frame));
+    if (frame.scans.isEmpty()) {
+        ZEL_RETURN_ERROR(
+            kBadParameterError,
+            QStringLiteral("%1: frame %2 has no mobility scans").arg(path).arg(options.frame));
+    }
+    ZEL_ASSIGN_OR_RETURN(const QList<QPointF> xim, mobilogram(frame, parseMzRange(options.mz)));
+    *output << "scan\tmobility\tintensity\n";
+    for (const QPointF& point : xim) {
+        const int scan = static_cast<int>(point.x());
+        const auto mobility = frame.mobilities.constFind(scan);
+        *output << QByteArray::number(scan) + '\t' +
+                       (mobility == frame.mobilities.cend() ? QByteArray()
+                                                            : roundTripText(*mobility)) +
+                       '\t' + roundTripText(point.y()) + '\n';
+    }
+    ZEL_RETURN_IF_ERROR(output->commit());
+    return e;
+}
+
+} // namespace
+
+void addXimCommand(CLI::App& tool, CommandAction& chosen)
+{
+    auto options = std::make_shared<XimOptions>();
+    CLI::App* const command =
+        tool.add_subcommand("xim", "Extract an ion mobilogram from one frame");
+    command->add_option("file", options->file, "mzML or mzXML file with ion mobility")->required();
+    command
+        ->add_option(
+            "--frame", options->frame, "Number of the frame: MS1 frames count 1, 2, 3, ...")
+        ->required();
+    command->add_option("--mz", options->mz, "Range of m/z A-B")
+        ->required()
+        ->check(mzRangeValidator());
+    command->add_option("-o,--output",
+                        options->output,
+                        "Table of the mobilogram (TSV); standard output if not given");
+    command->callback([options, &chosen] {
+        chosen = [options](const CommandContext& context) { return run(*options, context); };
+    });
+}
+
+} // namespace zel::tool
