@@ -126,12 +126,12 @@ class Measurement:
 
     def write_matches(self, ions, names=None):
         generator = random.Random(self.seed)
-        several = any(ion.sample for ion in ions)
+        several = any(ion.sample > 1 for ion in ions)
         with open(self.path("psms.tsv"), "w") as stream:
             stream.write("run\tsequence\tcharge\tmz\trt\n")
             for ion in ions:
                 sequence = (names or {}).get(ion.key[0], ion.key[0])
-                run = "sim_%d" % (ion.sample + 1) if several else "sim"
+                run = "sim_%d" % ion.sample if several else "sim"
                 for _ in range(generator.randint(1, 3)):
                     time = ion.apex + generator.uniform(-0.25, 0.25) * (ion.end - ion.start)
                     stream.write("\t".join([run, sequence, ion.key[1], repr(ion.mz), repr(time)]) + "\n")

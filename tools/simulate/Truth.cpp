@@ -19,7 +19,7 @@ QByteArray row(const TrueIon& ion)
     for (const double fraction : ion.isotopeFractions) {
         fractions.append(roundTripText(fraction));
     }
-    const QByteArrayList columns = {QByteArray::number(ion.sample),
+    const QByteArrayList columns = {QByteArray::number(ion.sample + 1),
                                     ion.sequence.toUtf8(),
                                     roundTripText(ion.mass),
                                     QByteArray::number(ion.charge),

@@ -10,7 +10,7 @@ namespace zel::simulate {
 /// What a simulated run holds of one peptide ion, before noise and limits of intensity.
 struct TrueIon
 {
-    int sample = 0;
+    int sample = 0; ///< counts from 0; from 1 in the table, as in the names of the runs
     QString sequence;
     double mass = 0.0; ///< neutral, monoisotopic, Da
     int charge = 0;

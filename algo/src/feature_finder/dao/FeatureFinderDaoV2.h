@@ -10,7 +10,7 @@ namespace zel {
 
 /// Writes the features of one sample to its `.ftrs` file, an SQLite database with one row for each
 /// master feature (table Features) and one for each of its charge features (table ChargeFeatures);
-/// docs/format-ftrs.md tells their columns. The file is made new each time.
+/// docs/file-formats.md lists their columns. The file is made new each time.
 ///
 /// Every row is committed by itself, so that a failure leaves the rows before it. The database runs
 /// without waiting for the disk: a crash of the machine may leave a damaged file, which the next
