@@ -281,7 +281,7 @@ auto FeatureSettings::memberAdder(CLI::App& command,
                                          auto Group::*field,
                                          const std::string& meaning,
                                          const CLI::Validator& check) {
-        addField(
+        this->addField(
             command,
             name,
             [ group, field ](auto& params) -> auto& { return params.*group.*field; },
