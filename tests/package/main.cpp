@@ -1,6 +1,6 @@
-// The example of README.md: a data source of one's own, and chromatograms out of it.
+// A data source of one's own for the example of README.md, which is the other source of this
+// program.
 #include "BulkXicExtractor.h"
-#include "common/stable/PlotBase.h"
 
 #include <QTextStream>
 
@@ -85,17 +85,12 @@ private:
     static double minutes(long long scan) { return static_cast<double>(scan) / 60.0; }
 };
 
+double apexMinutes(MsDataSourceInterface& source, double neutralMass, int charge);
+
 int main()
 {
     SyntheticSource source;
-    const XicDimensions box({499.99, 500.01}, {0.0, 1.0});
-    const auto xics = source.xics({box});
-    if (!xics.isOk()) {
-        QTextStream(stderr) << xics.error().errorMessage() << '\n';
-        return 1;
-    }
-    const PlotBase xic(xics.value().constFirst());
-    QTextStream(stdout) << xic.getPointListSize() << " points, apex at " << xic.getMaxPoint().x()
-                        << " min\n";
-    return xic.getPointListSize() == 60 && std::abs(xic.getMaxPoint().x() - 0.5) < 1e-9 ? 0 : 1;
+    const double apex = apexMinutes(source, 2.0 * (500.0 - 1.00727646688), 2);
+    QTextStream(stdout) << "apex at " << apex << " min\n";
+    return std::abs(apex - 0.5) < 1e-9 ? 0 : 1;
 }

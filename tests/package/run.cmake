@@ -1,5 +1,6 @@
-# Installs the build tree into an empty folder, builds the consumer against it and runs it.
-# Needs BUILD_DIR (of zel_algo), SOURCE_DIR (of the consumer), WORK_DIR and CXX_COMPILER.
+# Installs the build tree, once by `cmake --install` and once by unpacking the Debian packages, each into an empty
+# folder; from there runs the tool, and builds and runs a program made of the examples of README.md.
+# Needs BUILD_DIR and REPOSITORY (of zel_algo), SOURCE_DIR (of the program), WORK_DIR and CXX_COMPILER.
 file(REMOVE_RECURSE "${WORK_DIR}")
 
 function(run)
@@ -11,9 +12,62 @@ function(run)
     set(output "${output}" PARENT_SCOPE)
 endfunction()
 
+# The first block of README.md in this language, as a file.
+function(extract_example language path)
+    file(READ "${REPOSITORY}/README.md" text)
+    string(FIND "${text}" "\n```${language}\n" start)
+    if(start EQUAL -1)
+        message(FATAL_ERROR "README.md has no example in ${language}")
+    endif()
+    string(SUBSTRING "${text}" ${start} -1 text)
+    string(REGEX REPLACE "^\n```${language}\n" "" text "${text}")
+    string(FIND "${text}" "\n```" end)
+    string(SUBSTRING "${text}" 0 ${end} text)
+    file(WRITE "${path}" "${text}\n")
+endfunction()
+
+function(try_tool prefix folder)
+    run("${prefix}/bin/zel" simulate -o "${folder}/run.mzML" --minutes 8 --peptides 20 --seed 1)
+    run("${prefix}/bin/zel" features "${folder}/run.mzML" -o "${folder}/features" --tsv)
+    message("${output}")
+endfunction()
+
+function(try_library prefix folder)
+    run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${folder}/build" -G Ninja "-DCMAKE_PREFIX_PATH=${prefix}"
+        "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}" "-DREADME_EXAMPLE=${WORK_DIR}/readme")
+    run("${CMAKE_COMMAND}" --build "${folder}/build")
+    run("${folder}/build/my_program")
+    message("${output}")
+endfunction()
+
+function(try_prefix prefix folder)
+    file(MAKE_DIRECTORY "${folder}")
+    try_tool("${prefix}" "${folder}")
+    try_library("${prefix}" "${folder}")
+endfunction()
+
+extract_example(cpp "${WORK_DIR}/readme/example.cpp")
+extract_example(cmake "${WORK_DIR}/readme/example.cmake")
+
 run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/prefix")
-run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${WORK_DIR}/build" -G Ninja "-DCMAKE_PREFIX_PATH=${WORK_DIR}/prefix"
-    "-DCMAKE_CXX_COMPILER=${CXX_COMPILER}")
-run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
-run("${WORK_DIR}/build/consumer")
-message("${output}")
+try_prefix("${WORK_DIR}/prefix" "${WORK_DIR}/installed")
+
+cmake_path(GET CMAKE_COMMAND PARENT_PATH cmake_folder)
+run("${cmake_folder}/cpack" --config "${BUILD_DIR}/CPackConfig.cmake" -B "${WORK_DIR}/packages")
+file(GLOB_RECURSE packages "${WORK_DIR}/packages/*.deb")
+list(LENGTH packages count)
+if(NOT count EQUAL 2)
+    message(FATAL_ERROR "Expected the packages zel and libzel-algo-dev, but found ${packages}")
+endif()
+foreach(package IN LISTS packages)
+    run(dpkg-deb -x "${package}" "${WORK_DIR}/root")
+    run(dpkg-deb -f "${package}" Package Depends)
+    message("${output}")
+    string(APPEND depends "${output}")
+endforeach()
+foreach(needed IN ITEMS libqt6sql6-sqlite libqt6core6 qt6-base-dev)
+    if(NOT depends MATCHES "${needed}")
+        message(FATAL_ERROR "No package depends on ${needed}:\n${depends}")
+    endif()
+endforeach()
+try_prefix("${WORK_DIR}/root/usr" "${WORK_DIR}/unpacked")
