@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <numbers>
 
 namespace zel {
 
@@ -165,7 +166,7 @@ TEST(MsFeatureFinderBaseTest, FillsApexesPlotAndAreas)
     EXPECT_EQ(feature->peptideSpectrumMatches()[0].apex(), psms[kKey][0].apex());
     EXPECT_EQ(feature->xicPlot().getPointList(), finder.calls[0].xic);
     // The area of the Gaussian, times 60 seconds.
-    const double area = 100.0 * 0.2 * std::sqrt(2 * M_PI) * 60.0;
+    const double area = 100.0 * 0.2 * std::sqrt(2 * std::numbers::pi) * 60.0;
     EXPECT_NEAR(feature->timeInterval().auc(), area, 1e-6 * area);
     finder.interval = {12.0, 8.0};
     EXPECT_EQ(valueOf(finder.run(&source, &psms)).constFirst()->timeInterval().auc(), 0.0);

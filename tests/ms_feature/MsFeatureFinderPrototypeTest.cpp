@@ -1,11 +1,11 @@
 #include "ms_feature/finders/MsFeatureFinderPrototype.h"
 
-#include "ms_feature/finders/PrototypeWindow_p.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/XicSource.h"
 
 #include <gtest/gtest.h>
 
+#include <numbers>
 #include <random>
 
 namespace zel {
@@ -17,15 +17,27 @@ using ::testing::ElementsAre;
 
 namespace {
 
-const MsFeatureFinderSettings kDefaults;
+class Finder : public MsFeatureFinderPrototype
+{
+public:
+    explicit Finder(const MsFeatureFinderSettings& settings = {})
+        : MsFeatureFinderPrototype(settings)
+    {}
+    using MsFeatureFinderPrototype::calculateXICIntervalScore;
+    using MsFeatureFinderPrototype::calculateXICIntervalScorePreint;
+    using MsFeatureFinderPrototype::easeInOutPlot;
+    using MsFeatureFinderPrototype::findApex;
+    using MsFeatureFinderPrototype::optimize;
+    using MsFeatureFinderPrototype::preintegrate;
+    using MsFeatureFinderPrototype::XicWindowScore;
+};
 
 std::optional<Ms1Feature> featureOn(const QList<QPointF>& xic,
-                                    const QList<PeptideSpectrumMatch>& psms,
-                                    const MsFeatureFinderSettings& settings = kDefaults)
+                                    const QList<PeptideSpectrumMatch>& psms)
 {
     test::XicSource source(xic);
     QHash<QString, QList<PeptideSpectrumMatch>> psmsByHash = {{QStringLiteral("key"), psms}};
-    MsFeatureFinderPrototype finder(settings);
+    Finder finder;
     return test::valueOf(finder.constructXicWindow({}, {}, &source, &psmsByHash, {})).constFirst();
 }
 
@@ -58,7 +70,7 @@ TEST(MsFeatureFinderPrototypeTest, FitsAWindowToTheSignalNearTheMatches)
     EXPECT_LT(found.interval().start, 16.2);
     EXPECT_GT(found.interval().end, 17.8);
     EXPECT_LT(found.interval().end - found.interval().start, 4.5);
-    EXPECT_NEAR(found.auc(), 1e6 * 0.3 * std::sqrt(2 * M_PI) * 60.0, 1e4 * 60.0);
+    EXPECT_NEAR(found.auc(), 1e6 * 0.3 * std::sqrt(2 * std::numbers::pi) * 60.0, 1e4 * 60.0);
 }
 
 TEST(MsFeatureFinderPrototypeTest, KeepsTheStartingWindowWithoutSignal)
@@ -81,16 +93,16 @@ TEST(MsFeatureFinderPrototypeTest, HasNoApexForASingleMatchBesideTheSamples)
 
 TEST(MsFeatureFinderPrototypeTest, PenalizesWideWindows)
 {
-    EXPECT_EQ(prototype::windowScore(kDefaults, 3.0, 3.0), 1.0);
-    EXPECT_NEAR(prototype::windowScore(kDefaults, 3.0, 7.0), 0.9994, 1e-4);
-    EXPECT_NEAR(prototype::windowScore(kDefaults, 0.0, 8.0), 0.0, 1e-12);
-    EXPECT_NEAR(prototype::windowScore(kDefaults, 0.0, 80.0), 0.0, 1e-12);
+    EXPECT_EQ(Finder().XicWindowScore(3.0, 3.0), 1.0);
+    EXPECT_NEAR(Finder().XicWindowScore(3.0, 7.0), 0.9994, 1e-4);
+    EXPECT_NEAR(Finder().XicWindowScore(0.0, 8.0), 0.0, 1e-12);
+    EXPECT_NEAR(Finder().XicWindowScore(0.0, 80.0), 0.0, 1e-12);
     // At 8 * 0.5^(1/6) min the power is a half, and so is the score.
-    EXPECT_NEAR(prototype::windowScore(kDefaults, 0.0, 8.0 * std::pow(0.5, 1.0 / 6)), 0.5, 1e-12);
+    EXPECT_NEAR(Finder().XicWindowScore(0.0, 8.0 * std::pow(0.5, 1.0 / 6)), 0.5, 1e-12);
 
     const QList<QPointF> points = pointsOf({1, 2, 4, 8});
-    EXPECT_EQ(prototype::intervalScore(kDefaults, points, {1, 1}), 2.0);
-    EXPECT_NEAR(prototype::intervalScore(kDefaults, points, {2, 1}), 6.0, 1e-5) << "ends included";
+    EXPECT_EQ(Finder().calculateXICIntervalScore(points, {1, 1}), 2.0);
+    EXPECT_NEAR(Finder().calculateXICIntervalScore(points, {2, 1}), 6.0, 1e-5) << "ends included";
 }
 
 // The running sums give what the plain sum gives for windows that end between samples.
@@ -103,32 +115,32 @@ TEST(MsFeatureFinderPrototypeTest, ScoresAlikeOnRunningSums)
         curve.append(QPointF(10.0 + (i + 0.5) / 4.0, uniform(random)));
     }
     QList<QPointF> cumulative = curve;
-    prototype::preintegrate(&cumulative);
+    ASSERT_THAT(Finder::preintegrate(&cumulative), IsOk());
     for (int i = 0; i < 200; ++i) {
         // Not before the first sample, which the running sums cannot leave out.
         const double start = 10.13 + uniform(random) * 10.0;
         const double end = start + uniform(random) * 9.0;
-        EXPECT_NEAR(prototype::cumulativeScore(kDefaults, cumulative, 4.0, 10.0, {end, start}),
-                    prototype::intervalScore(kDefaults, curve, {start, end}),
+        EXPECT_NEAR(Finder().calculateXICIntervalScorePreint(cumulative, 4.0, 10.0, {end, start}),
+                    Finder().calculateXICIntervalScore(curve, {start, end}),
                     1e-9)
             << start << " to " << end;
     }
-    EXPECT_EQ(prototype::cumulativeScore(kDefaults, cumulative, 4.0, 10.0, {-1e9, 10.1}), 0.0);
-    EXPECT_EQ(prototype::cumulativeScore(kDefaults, {}, 4.0, 10.0, {1, 2}), 0.0);
+    EXPECT_EQ(Finder().calculateXICIntervalScorePreint(cumulative, 4.0, 10.0, {-1e9, 10.1}), 0.0);
+    EXPECT_EQ(Finder().calculateXICIntervalScorePreint({}, 4.0, 10.0, {1, 2}), 0.0);
     QPointF range;
-    EXPECT_THAT(prototype::optimize(kDefaults, {{1, 1}}, 1.0, 1.0, 1.0, &range), HasError(kError));
+    EXPECT_THAT(Finder().optimize({{1, 1}}, 1.0, 1.0, 1.0, &range), HasError(kError));
 }
 
 TEST(MsFeatureFinderPrototypeTest, ClimbsToAWindowThatNoStepImproves)
 {
     QList<QPointF> cumulative =
         test::chromatogramOf({{15.0, 100.0, 0.8}, {17.0, 60.0, 0.4}}, 10.0, 20.0, 251);
-    prototype::preintegrate(&cumulative);
+    ASSERT_THAT(Finder::preintegrate(&cumulative), IsOk());
     const double rate = 25.0;
     QPointF range;
-    ASSERT_THAT(prototype::optimize(kDefaults, cumulative, rate, 9.98, 13.0, &range), IsOk());
+    ASSERT_THAT(Finder().optimize(cumulative, rate, 9.98, 13.0, &range), IsOk());
     const auto score = [&](const QPointF& window) {
-        return prototype::cumulativeScore(kDefaults, cumulative, rate, 9.98, window);
+        return Finder().calculateXICIntervalScorePreint(cumulative, rate, 9.98, window);
     };
     EXPECT_GT(score(range), score({11.0, 15.0}));
     EXPECT_GT(score(range), 0.98 * cumulative.constLast().y());
@@ -147,16 +159,16 @@ TEST(MsFeatureFinderPrototypeTest, FindsTheHighestPointAboveALevel)
 {
     const QList<QPointF> points = pointsOf({9, 1, 5, 5, 2});
     QPointF apex(7, 2);
-    ASSERT_THAT(prototype::findApex(points, 1.0, 3.0, &apex), IsOk());
+    ASSERT_THAT(Finder::findApex(points, 1.0, 3.0, &apex), IsOk());
     EXPECT_EQ(apex, QPointF(2, 5)) << "the first of equals";
-    EXPECT_THAT(prototype::findApex(points, 1.0, 4.0, &apex), HasError(kError));
+    EXPECT_THAT(Finder::findApex(points, 1.0, 4.0, &apex), HasError(kError));
     EXPECT_EQ(apex, QPointF(2, 5));
 }
 
 TEST(MsFeatureFinderPrototypeTest, FadesACurveOutsideTheWindow)
 {
     QList<QPointF> points = pointsOf(QList<double>(11, 100.0));
-    prototype::easeInOut(&points, 4.0, 6.0);
+    ASSERT_THAT(Finder::easeInOutPlot(&points, 4.0, 6.0), IsOk());
     // A fifth of the curve is inside: t = 1/9, so the left foot stands at 2 - 2/9 and the right one
     // at 8 + 2/9. Minute 3 is at v = 11/20, s = 0.57475, s^4 = 0.109122.
     EXPECT_EQ(points[0].y(), 0.0);
@@ -168,10 +180,10 @@ TEST(MsFeatureFinderPrototypeTest, FadesACurveOutsideTheWindow)
     EXPECT_EQ(points[10].y(), 0.0);
 
     points = pointsOf({1, 1, 1});
-    prototype::easeInOut(&points, 0.0, 2.0);
+    ASSERT_THAT(Finder::easeInOutPlot(&points, 0.0, 2.0), IsOk());
     EXPECT_THAT(points, ElementsAre(QPointF(0, 1), QPointF(1, 1), QPointF(2, 1)));
     points.clear();
-    prototype::easeInOut(&points, 0.0, 2.0);
+    ASSERT_THAT(Finder::easeInOutPlot(&points, 0.0, 2.0), IsOk());
     EXPECT_TRUE(points.isEmpty());
 }
 

@@ -1,11 +1,13 @@
 #include "ms_feature/finders/MsFeatureFinderPrototype.h"
 
-#include "ms_feature/finders/PrototypeWindow_p.h"
 #include "ms_feature/segmentation/MsFeatureFinderStage1.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <numbers>
 #include <tuple>
+#include <utility>
 
 namespace zel {
 
@@ -15,6 +17,28 @@ namespace {
 int sampleCount(double spanMinutes)
 {
     return static_cast<int>(std::max(250.0, std::min(2.0 * spanMinutes, 500.0)));
+}
+
+std::pair<double, double> sortedEnds(const QPointF& range)
+{
+    return std::minmax({range.x(), range.y()});
+}
+
+/// Rounded as written, other than std::lerp.
+double lerp(double a, double b, double fraction)
+{
+    return a + (b - a) * fraction;
+}
+
+/// How much of a curve is left at `x`, on the way from `foot` (nothing) to `edge` (all).
+double fade(double x, double foot, double edge)
+{
+    if (foot == edge) {
+        return 1.0;
+    }
+    const double v = std::clamp((x - foot) / (edge - foot), 0.0, 1.0);
+    const double smooth = 3.0 * v * v - 2.0 * v * v * v;
+    return std::clamp(std::pow(smooth, 4.0), 0.0, 1.0);
 }
 
 } // namespace
@@ -62,13 +86,26 @@ Result<std::optional<Ms1Feature>> MsFeatureFinderPrototype::findFeature(
 
 double MsFeatureFinderPrototype::XicWindowScore(double start, double end) const
 {
-    return prototype::windowScore(settings(), start, end);
+    const double limit = settings().prototypeElasticity * settings().xicAreaTimeWindow;
+    const double base = std::clamp((end - start) / limit, 0.0, 1.0);
+    const double phase = std::pow(base, settings().prototypePower) * std::numbers::pi;
+    return std::clamp(std::cos(phase) * 0.5 + 0.5, 0.0, 1.0);
 }
 
 double MsFeatureFinderPrototype::calculateXICIntervalScore(const QList<QPointF>& points,
                                                            const QPointF& range)
 {
-    return prototype::intervalScore(settings(), points, range);
+    const auto [start, end] = sortedEnds(range);
+    double sum = 0.0;
+    for (const QPointF& point : points) {
+        if (point.x() > end) {
+            break;
+        }
+        if (point.x() >= start) {
+            sum += point.y();
+        }
+    }
+    return sum * XicWindowScore(start, end);
 }
 
 double MsFeatureFinderPrototype::calculateXICIntervalScorePreint(const QList<QPointF>& cumulative,
@@ -76,7 +113,20 @@ double MsFeatureFinderPrototype::calculateXICIntervalScorePreint(const QList<QPo
                                                                  double firstX,
                                                                  const QPointF& range) const
 {
-    return prototype::cumulativeScore(settings(), cumulative, rate, firstX, range);
+    if (cumulative.isEmpty()) {
+        return 0.0;
+    }
+    const auto [start, end] = sortedEnds(range);
+    const auto sumUpTo = [&](double time) {
+        const double slot = (time - firstX) * rate;
+        double index = std::trunc(slot);
+        if (slot - index < 0.5) {
+            index -= 1.0;
+        }
+        const auto last = static_cast<double>(cumulative.size() - 1);
+        return cumulative[static_cast<qsizetype>(std::max(0.0, std::min(index, last)))].y();
+    };
+    return XicWindowScore(start, end) * (sumUpTo(end) - sumUpTo(start));
 }
 
 Error MsFeatureFinderPrototype::optimize(const QList<QPointF>& cumulative,
@@ -85,9 +135,44 @@ Error MsFeatureFinderPrototype::optimize(const QList<QPointF>& cumulative,
                                          double center,
                                          QPointF* range) const
 {
-    Error e;
-    ZEL_RETURN_IF_ERROR(prototype::optimize(settings(), cumulative, rate, firstX, center, range));
-    return e;
+    constexpr int maxRounds = 100;
+    constexpr double shrinkage = 0.6;
+    if (cumulative.size() < 2) {
+        ZEL_RETURN_ERROR(
+            kError,
+            QStringLiteral("A window cannot be fitted to %1 points").arg(cumulative.size()));
+    }
+    const auto score = [&](const QPointF& window) {
+        return calculateXICIntervalScorePreint(cumulative, rate, firstX, window);
+    };
+    const double grid = cumulative[1].x() - cumulative[0].x();
+    double delta = std::max(grid * 4.0, settings().xicAreaTimeWindow / 5.0);
+    QPointF window(center - settings().xicAreaTimeWindow, center + settings().xicAreaTimeWindow);
+    double best = score(window);
+    for (int round = 0; round < maxRounds && grid < delta; ++round) {
+        const std::array<QPointF, 6> steps = {QPointF(delta, delta),
+                                              QPointF(-delta, -delta),
+                                              QPointF(-delta, 0.0),
+                                              QPointF(delta, 0.0),
+                                              QPointF(0.0, -delta),
+                                              QPointF(0.0, delta)};
+        const QPointF before = window;
+        bool improved = false;
+        for (const QPointF& step : steps) {
+            const double trial = score(before + step);
+            if (trial > best) {
+                best = trial;
+                window = before + step;
+                improved = true;
+            }
+        }
+        if (!improved) {
+            delta *= shrinkage;
+        }
+    }
+    const auto [start, end] = sortedEnds(window);
+    *range = QPointF(start, end);
+    return kNoError;
 }
 
 Error MsFeatureFinderPrototype::findApex(const QList<QPointF>& points,
@@ -95,20 +180,53 @@ Error MsFeatureFinderPrototype::findApex(const QList<QPointF>& points,
                                          double end,
                                          QPointF* apex)
 {
-    Error e;
-    ZEL_RETURN_IF_ERROR(prototype::findApex(points, start, end, apex));
-    return e;
+    bool found = false;
+    for (const QPointF& point : points) {
+        if (start <= point.x() && point.x() <= end && point.y() > apex->y()) {
+            *apex = point;
+            found = true;
+        }
+    }
+    if (!found) {
+        ZEL_RETURN_ERROR(
+            kError,
+            QStringLiteral("No point from %1 to %2 min is high enough").arg(start).arg(end));
+    }
+    return kNoError;
 }
 
 Error MsFeatureFinderPrototype::preintegrate(QList<QPointF>* points)
 {
-    prototype::preintegrate(points);
+    double sum = 0.0;
+    for (QPointF& point : *points) {
+        sum += point.y();
+        point.setY(sum);
+    }
     return kNoError;
 }
 
 Error MsFeatureFinderPrototype::easeInOutPlot(QList<QPointF>* points, double start, double end)
 {
-    prototype::easeInOut(points, start, end);
+    if (points->isEmpty()) {
+        return kNoError;
+    }
+    constexpr double greatestWidening = 10.0;
+    const double first = points->constFirst().x();
+    const double last = points->constLast().x();
+    const double width = end - start;
+    const double wideness = std::clamp((width / (last - first) - 0.1) / 0.9, 0.0, 1.0);
+    double leftFoot = lerp((first + start) * 0.5, first, wideness);
+    const double rightFoot = lerp((last + end) * 0.5, last, wideness);
+    if (rightFoot - leftFoot > width * greatestWidening) {
+        leftFoot = (leftFoot + start) * 0.5;
+    }
+    for (QPointF& point : *points) {
+        if (point.x() < start) {
+            point.ry() *= fade(point.x(), leftFoot, start);
+        } else if (point.x() >= end) {
+            point.ry() *= fade(point.x(), rightFoot, end);
+        }
+    }
     return kNoError;
 }
 

@@ -26,20 +26,42 @@ protected:
     Result<std::optional<Ms1Feature>> findFeature(const QList<PeptideSpectrumMatch>& psms,
                                                   const PlotBase& xic) const override;
 
-private:
+    /// The penalty of a window's width: 1 without width, 0 from `prototypeElasticity` times
+    /// `xicAreaTimeWindow` on, (1 + cos(pi * share^prototypePower)) / 2 in between.
     double XicWindowScore(double start, double end) const;
+
+    /// The score of a window on a curve: the sum of its points inside, times the penalty. The climb
+    /// uses the next one.
     double calculateXICIntervalScore(const QList<QPointF>& points, const QPointF& range);
+
+    /// The same in constant time on a regular curve of running sums. A time in the first half of a
+    /// sample's slot reads the sample before.
+    /// \param rate    samples per minute
+    /// \param firstX  where the first slot begins
     double calculateXICIntervalScorePreint(const QList<QPointF>& cumulative,
                                            double rate,
                                            double firstX,
                                            const QPointF& range) const;
+
+    /// Climbs to the window with the best score. At most 601 windows are scored.
+    /// \param center  the middle of the window to start with
+    /// \param range   the ends, ascending
+    /// \return kError for fewer than two points
     Error optimize(const QList<QPointF>& cumulative,
                    double rate,
                    double firstX,
                    double center,
                    QPointF* range) const;
+
+    /// Raises `apex` to the highest point from `start` to `end`, the first of equals.
+    /// \return kError when no point there is higher than `apex` on entry, which then stays
     static Error findApex(const QList<QPointF>& points, double start, double end, QPointF* apex);
+
+    /// Replaces each y by the sum of all y up to and including it.
     static Error preintegrate(QList<QPointF>* points);
+
+    /// Fades a curve to zero outside the window, over flanks that reach half-way to the ends of the
+    /// curve for a narrow window and all the way for a wide one. `findFeature` does without.
     static Error easeInOutPlot(QList<QPointF>* points, double start, double end);
 };
 
