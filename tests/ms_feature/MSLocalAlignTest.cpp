@@ -15,6 +15,13 @@ using test::IsOk;
 
 namespace {
 
+class Aligner : public MSLocalAlign
+{
+public:
+    using MSLocalAlign::shiftedDotProductV1;
+    using MSLocalAlign::shiftedDotProductV2;
+};
+
 QList<double> randomCurve(std::mt19937& random, qsizetype size)
 {
     std::exponential_distribution<double> height(1.0);
@@ -86,12 +93,13 @@ TEST(MSLocalAlignTest, DotProductsAgreeWithThePlainSum)
         const QList<double> a = randomCurve(random, size);
         const QList<double> b = randomCurve(random, size);
         for (int s = -static_cast<int>(size) - 1; s <= size + 1; ++s) {
-            const double plain = shifted::plainDotProduct(a, b, s);
-            EXPECT_NEAR(shifted::dotProduct(a, b, s), plain, 1e-13 * plain) << size << ' ' << s;
+            const double plain = Aligner::shiftedDotProductV1(a, b, s);
+            EXPECT_NEAR(Aligner::shiftedDotProductV2(a, b, s), plain, 1e-13 * plain)
+                << size << ' ' << s;
         }
     }
-    EXPECT_EQ(shifted::dotProduct({1, 2, 3, 4}, {5, 6}, 2), 3 * 5 + 4 * 6);
-    EXPECT_EQ(shifted::dotProduct({1, 2, 3, 4}, {5, 6}, -1), 1 * 6) << "of unequal sizes";
+    EXPECT_EQ(Aligner::shiftedDotProductV2({1, 2, 3, 4}, {5, 6}, 2), 3 * 5 + 4 * 6);
+    EXPECT_EQ(Aligner::shiftedDotProductV2({1, 2, 3, 4}, {5, 6}, -1), 1 * 6) << "of unequal sizes";
 }
 
 TEST(MSLocalAlignTest, FindsTheShiftOfAnExhaustiveSearch)

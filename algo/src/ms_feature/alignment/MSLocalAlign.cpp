@@ -3,6 +3,7 @@
 #include "ms_feature/alignment/ShiftedCurves_p.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <vector>
 
@@ -26,6 +27,24 @@ double apexIndex(const MSLocalAlignData& sample)
     }
     const auto highest = std::max_element(plot.cbegin() + first, plot.cbegin() + end);
     return static_cast<double>(highest - plot.cbegin());
+}
+
+double contiguousDotProduct(const double* a, const double* b, qint64 count)
+{
+    constexpr qint64 laneCount = 8;
+    std::array<double, laneCount> lanes{};
+    qint64 i = 0;
+    for (; i + laneCount <= count; i += laneCount) {
+        for (qint64 lane = 0; lane < laneCount; ++lane) {
+            lanes[static_cast<std::size_t>(lane)] += a[i + lane] * b[i + lane];
+        }
+    }
+    double rest = 0.0;
+    for (; i < count; ++i) {
+        rest += a[i] * b[i];
+    }
+    return ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) +
+           ((lanes[4] + lanes[5]) + (lanes[6] + lanes[7])) + rest;
 }
 
 Error selectPivotSample(const QList<MSLocalAlignData>& data, int* pivot)
@@ -106,12 +125,21 @@ Error MSLocalAlign::alignUniformPlots(
 
 double MSLocalAlign::shiftedDotProductV1(const QList<double>& a, const QList<double>& b, int shift)
 {
-    return shifted::plainDotProduct(a, b, shift);
+    const shifted::Overlap common(b.size(), a.size(), shift);
+    double sum = 0.0;
+    for (qint64 i = common.first; i < common.last; ++i) {
+        sum += a[i + shift] * b[i];
+    }
+    return sum;
 }
 
 double MSLocalAlign::shiftedDotProductV2(const QList<double>& a, const QList<double>& b, int shift)
 {
-    return shifted::dotProduct(a, b, shift);
+    const shifted::Overlap common(b.size(), a.size(), shift);
+    return common.first == common.last ? 0.0
+                                       : contiguousDotProduct(a.constData() + common.first + shift,
+                                                              b.constData() + common.first,
+                                                              common.last - common.first);
 }
 
 } // namespace zel

@@ -58,14 +58,19 @@ public:
                        QList<int>* shifts,
                        double power);
 
+protected:
+    /// The sum of a[i] * b[i - shift] over the indices that both have, sample by sample in one sum.
+    static double shiftedDotProductV1(const QList<double>& a, const QList<double>& b, int shift);
+    /// The same, with the summands in eight partial sums in turn, so that the compiler may keep
+    /// them in vector registers and the result is still the same in every build.
+    static double shiftedDotProductV2(const QList<double>& a, const QList<double>& b, int shift);
+
 private:
     static Error alignUniformPlots(const QList<double>& pivot,
                                    const QList<double>& plot,
                                    double power,
                                    int maxShift,
                                    int* shift);
-    static double shiftedDotProductV1(const QList<double>& a, const QList<double>& b, int shift);
-    static double shiftedDotProductV2(const QList<double>& a, const QList<double>& b, int shift);
 };
 
 } // namespace zel

@@ -1,65 +1,15 @@
-#include "common/stable/MathUtils.h"
 #include "ms_feature/alignment/ShiftedCurves_p.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <numeric>
 
 namespace zel::shifted {
 
-namespace {
-
-/// The indices of one curve whose partner, `offset` further on, lies on the other.
-struct Overlap
-{
-    Overlap(qsizetype size, qsizetype otherSize, qint64 offset)
-        : first(std::clamp<qint64>(-offset, 0, size))
-        , last(std::clamp<qint64>(otherSize - offset, first, size))
-    {}
-
-    qint64 first; ///< included
-    qint64 last;  ///< not included
-};
-
-double contiguousDotProduct(const double* a, const double* b, qint64 count)
-{
-    constexpr qint64 laneCount = 8;
-    std::array<double, laneCount> lanes{};
-    qint64 i = 0;
-    for (; i + laneCount <= count; i += laneCount) {
-        for (qint64 lane = 0; lane < laneCount; ++lane) {
-            lanes[static_cast<std::size_t>(lane)] += a[i + lane] * b[i + lane];
-        }
-    }
-    double rest = 0.0;
-    for (; i < count; ++i) {
-        rest += a[i] * b[i];
-    }
-    return ((lanes[0] + lanes[1]) + (lanes[2] + lanes[3])) +
-           ((lanes[4] + lanes[5]) + (lanes[6] + lanes[7])) + rest;
-}
-
-} // namespace
-
-double dotProduct(const QList<double>& a, const QList<double>& b, int shift)
-{
-    const Overlap common(b.size(), a.size(), shift);
-    return common.first == common.last ? 0.0
-                                       : contiguousDotProduct(a.constData() + common.first + shift,
-                                                              b.constData() + common.first,
-                                                              common.last - common.first);
-}
-
-double plainDotProduct(const QList<double>& a, const QList<double>& b, int shift)
-{
-    const Overlap common(b.size(), a.size(), shift);
-    double sum = 0.0;
-    for (qint64 i = common.first; i < common.last; ++i) {
-        sum += a[i + shift] * b[i];
-    }
-    return sum;
-}
+Overlap::Overlap(qsizetype size, qsizetype otherSize, qint64 offset)
+    : first(std::clamp<qint64>(-offset, 0, size))
+    , last(std::clamp<qint64>(otherSize - offset, first, size))
+{}
 
 double penalty(qint64 shift, qint64 maxShift, double power)
 {
@@ -70,7 +20,7 @@ double penalty(qint64 shift, qint64 maxShift, double power)
     const double share = std::abs(static_cast<double>(shift) / range);
     const double weight = power < 0.0 ? std::exp(-std::pow(share / range, 2.0) * std::abs(power))
                                       : 1.0 - std::pow(share, std::abs(power));
-    return MathUtils::clamp(0.0, 1.0, weight);
+    return std::clamp(weight, 0.0, 1.0);
 }
 
 double correlation(const QList<double>& reference,

@@ -10,13 +10,14 @@
 /// puts its sample i at index i + s; what lies off a curve does not count.
 namespace zel::shifted {
 
-/// The sum of a[i] * b[i - shift] over the indices that both have. The summands go to eight
-/// partial sums in turn, so that the compiler may keep them in vector registers and the result is
-/// still the same in every build.
-double dotProduct(const QList<double>& a, const QList<double>& b, int shift);
+/// The indices of one curve whose partner, `offset` further on, lies on the other.
+struct Overlap
+{
+    Overlap(qsizetype size, qsizetype otherSize, qint64 offset);
 
-/// The same, sample by sample in one sum.
-double plainDotProduct(const QList<double>& a, const QList<double>& b, int shift);
+    qint64 first; ///< included
+    qint64 last;  ///< not included
+};
 
 /// How a shift of `shift` out of at most `maxShift` (not negative) steps is weighted, 0 to 1: see
 /// Ms1FeatureAlignSettings::power. 0 when there is no shift to choose.
