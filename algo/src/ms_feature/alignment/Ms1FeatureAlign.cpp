@@ -39,24 +39,6 @@ double smallestStep(const QList<QPointF>& points, double greatest)
     return greatest;
 }
 
-/// What MSLocalAlign needs of a feature.
-MSLocalAlignData alignDataOf(const Ms1Feature& feature,
-                             const QList<double>& plot,
-                             double start,
-                             double step)
-{
-    const auto gridIndex = [&](double time) {
-        return std::max(MathUtils::truncateToInt((time + feature.warpOffset() - start) / step), 0);
-    };
-    const ApexInterval hull = feature.timeInterval();
-    MSLocalAlignData data;
-    data.setXicPlot(plot);
-    data.setFeatureStartHint(gridIndex(hull.interval().start));
-    data.setFeatureEndHint(gridIndex(hull.interval().end));
-    data.setApexHint(gridIndex(hull.apex().x()));
-    return data;
-}
-
 /// The lowest correlation of a shifted curve with that of the most intense feature.
 Error calculateMinimumCorrelation(const Features& features,
                                   const QList<QList<double>>& plots,
@@ -184,11 +166,7 @@ Error Ms1FeatureAlign::align(QList<Ms1Feature*>* features)
     }
     QList<double> summed;
     ZEL_RETURN_IF_ERROR(shifted::sum(plots, shifts, &summed));
-    const std::unique_ptr<MsFeatureFinderBase> finder(
-        m_factory ? m_factory->create(m_settings.featureFinderSettings) : nullptr);
-    if (!finder) {
-        ZEL_RETURN_ERROR(kError, "Empty feature finder object.");
-    }
+    ZEL_ASSIGN_OR_RETURN(const auto finder, newFinder());
     ZEL_ASSIGN_OR_RETURN(
         const std::optional<Ms1Feature> summedFeature,
         findFeaturesOnSummedPlot(summed, grid.start, grid.step, finder.get(), shifts, *features));
@@ -204,9 +182,19 @@ Error Ms1FeatureAlign::align(QList<Ms1Feature*>* features)
     return e;
 }
 
+Result<std::unique_ptr<MsFeatureFinderBase>> Ms1FeatureAlign::newFinder() const
+{
+    std::unique_ptr<MsFeatureFinderBase> finder(
+        m_factory ? m_factory->create(m_settings.featureFinderSettings) : nullptr);
+    if (!finder) {
+        ZEL_RETURN_ERROR(kError, "Empty feature finder object.");
+    }
+    return finder;
+}
+
 Error Ms1FeatureAlign::localAlign(const QList<QList<double>>& plots,
                                   const QList<Ms1Feature*>& features,
-                                  double start,
+                                  double /*start*/,
                                   double step,
                                   QList<int>* shifts)
 {
@@ -234,7 +222,7 @@ Error Ms1FeatureAlign::localAlign(const QList<QList<double>>& plots,
         const ApexInterval hull = feature.timeInterval();
         apexTimes.push_back(hull.apex().x() + feature.warpOffset());
         greatestWidth = std::max(greatestWidth, hull.fwhm());
-        data.append(alignDataOf(feature, plots[i], start, step));
+        data.emplace_back().setXicPlot(plots[i]);
     }
     const int maxShift =
         MathUtils::truncateToInt(widthsToSearch * greatestWidth * (1.0 / step) + 0.5);

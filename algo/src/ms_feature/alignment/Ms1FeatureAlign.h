@@ -57,6 +57,7 @@ public:
     /// The shift of each feature's curve, in grid steps; one of at most 8 times the largest width
     /// at half maximum.
     /// \param plots  as of uniformResample
+    /// \param start  of the grid, minutes; shifts do not depend on it
     /// \return kBadParameterError unless there is one curve for each feature; kError for a step of
     ///         0 or less
     Error localAlign(const QList<QList<double>>& plots,
@@ -76,6 +77,7 @@ public:
                                  double* step);
 
 private:
+    Result<std::unique_ptr<MsFeatureFinderBase>> newFinder() const;
     static Result<std::optional<Ms1Feature>> findFeaturesOnSummedPlot(
         const QList<double>& summed,
         double start,
