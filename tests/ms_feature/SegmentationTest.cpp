@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <numbers>
 #include <numeric>
 
 namespace zel::segmentation {
@@ -14,6 +15,7 @@ namespace zel::segmentation {
 using test::HasError;
 using test::IsOk;
 using test::psmAt;
+using test::valueOf;
 
 namespace {
 
@@ -51,7 +53,7 @@ TEST(SegmentationTest, BuildsADifferenceOfGaussians)
     // By hand: (1/10 - 0.2/30) at the middle, exp(-1)/10 - 0.2 exp(-1/9)/30 ten samples off, each
     // over sqrt(pi); the sum of all taps is 1 - 0.2 erf(3).
     const double sum = 1.0 - 0.2 * std::erf(3.0);
-    const double unit = std::sqrt(std::acos(-1.0)) * sum;
+    const double unit = std::sqrt(std::numbers::pi) * sum;
     EXPECT_NEAR(taps[91], (0.1 - 0.2 / 30) / unit, 1e-5);
     EXPECT_NEAR(taps[101], (std::exp(-1.0) / 10 - 0.2 * std::exp(-1.0 / 9) / 30) / unit, 1e-5);
     for (std::size_t i = 0; i < taps.size(); ++i) {
@@ -71,8 +73,7 @@ TEST(SegmentationTest, BuildsADifferenceOfGaussians)
 TEST(SegmentationTest, LaysTheGridByTheLimitedRate)
 {
     const auto count = [](double span, double rate) {
-        return test::valueOf(
-            gridSampleCount(PlotBase(QList<QPointF>{{1, 0}, {1 + span, 0}}), rate));
+        return valueOf(gridSampleCount(PlotBase(QList<QPointF>{{1, 0}, {1 + span, 0}}), rate));
     };
     EXPECT_EQ(limitedRate(100.0, 40.0), 40.0);
     EXPECT_EQ(limitedRate(0.0, 40.0), 1.0);
@@ -132,15 +133,15 @@ TEST(SegmentationTest, MovesExtremesOntoThePlot)
 {
     const PlotBase plot(pointsOf({0, 3, 9, 4, 2, 1, 6, 8, 7, 0}));
     QList<QPointF> extremes = {{0, 1}, {3, 5}, {4.2, 4}, {6, 5}, {9, 1}};
-    moveExtremesTo(plot, 0.0, &extremes);
+    adjustExtremes(plot, 0.0, &extremes);
     // The minimum at 4.2 reaches from 3.6 to 5.1; the maxima reach halfway to the moved minima.
     EXPECT_EQ(extremes, (QList<QPointF>{{0, 0}, {2, 9}, {5, 1}, {7, 8}, {9, 0}}));
     extremes = {{0, 1}, {3, 0}, {4.2, 4}};
-    moveExtremesTo(plot, 0.0, &extremes);
+    adjustExtremes(plot, 0.0, &extremes);
     EXPECT_EQ(extremes[1], QPointF(3, 0)) << "a filler stays";
     extremes = {{4.2, 4}, {4.5, 7}, {4.8, 4}};
     const QList<QPointF> outOfReach = extremes;
-    moveExtremesTo(plot, 0.0, &extremes);
+    adjustExtremes(plot, 0.0, &extremes);
     EXPECT_EQ(extremes, outOfReach);
 }
 
@@ -149,49 +150,47 @@ TEST(SegmentationTest, CutsCandidatesThatShareTheirEnds)
     const PlotBase plot(pointsOf({0, 10, 0, 4, 0}));
     const QList<QPointF> extremes = {{0, 0}, {1, 10}, {2, 0}, {2.5, 0}, {3, 4}, {3.5, 3}, {4, 0}};
     std::vector<Feature> features;
-    ASSERT_THAT(cutFeatures(plot, extremes, -1.0, &features), IsOk());
+    ASSERT_THAT(extractFeatures(plot, extremes, -1.0, &features), IsOk());
     ASSERT_EQ(features.size(), 3U);
     EXPECT_EQ(features[0].auc(), 10.0);
     EXPECT_EQ(features[0].halfMaxInterval(), (Interval<double>{0.5, 1.5}));
     EXPECT_EQ(features[1].timeInterval(), (Interval<double>{2, 3}));
     EXPECT_EQ(features[1].halfMaxInterval(), (Interval<double>{2.5, 2.5})) << "a filler";
-    ASSERT_THAT(cutFeatures(plot, extremes, 0.0, &features), IsOk());
+    ASSERT_THAT(extractFeatures(plot, extremes, 0.0, &features), IsOk());
     EXPECT_EQ(features.size(), 2U);
-    ASSERT_THAT(cutFeatures(plot, {{0, 0}, {1, 10}}, -1.0, &features), IsOk());
+    ASSERT_THAT(extractFeatures(plot, {{0, 0}, {1, 10}}, -1.0, &features), IsOk());
     EXPECT_TRUE(features.empty());
 }
 
 TEST(SegmentationTest, DropsCandidatesByTheirShare)
 {
-    std::vector<Feature> kept;
     const std::vector<Feature> areas = {
         featureOf(0, 1, 100), featureOf(1, 2, 1), featureOf(2, 3, 0.99), featureOf(3, 4, 0)};
-    ASSERT_THAT(filterByShare(areas, &Feature::auc, 0.01, &kept), IsOk());
-    EXPECT_EQ(startsOf(kept), (QList<double>{0, 1})) << "exactly the share stays";
-    ASSERT_THAT(filterByShare(areas, &Feature::auc, 0.0, &kept), IsOk());
-    EXPECT_EQ(startsOf(kept), (QList<double>{0, 1, 2}));
-    ASSERT_THAT(filterByShare({featureOf(0, 1, 0)}, &Feature::auc, 0.5, &kept), IsOk());
-    EXPECT_EQ(kept.size(), 1U) << "one alone stays";
-    EXPECT_THAT(filterByShare(areas, &Feature::score, 0.0, &kept), HasError(kError))
+    EXPECT_EQ(startsOf(valueOf(filterByShare(areas, &Feature::auc, 0.01))), (QList<double>{0, 1}))
+        << "exactly the share stays";
+    EXPECT_EQ(startsOf(valueOf(filterByShare(areas, &Feature::auc, 0.0))),
+              (QList<double>{0, 1, 2}));
+    EXPECT_EQ(valueOf(filterByShare({featureOf(0, 1, 0)}, &Feature::auc, 0.5)).size(), 1U)
+        << "one alone stays";
+    EXPECT_THAT(filterByShare(areas, &Feature::score, 0.0), HasError(kError))
         << "no match, no score";
-    EXPECT_THAT(filterByShare({}, &Feature::auc, 0.0, &kept), HasError(kError));
+    EXPECT_THAT(filterByShare({}, &Feature::auc, 0.0), HasError(kError));
 }
 
 TEST(SegmentationTest, DropsCandidatesFarFromTheStrongest)
 {
-    std::vector<Feature> kept;
-    ASSERT_THAT(filterByDistance({featureOf(3, 4, 1),
-                                  featureOf(4, 5, 9, {10, 1}),
-                                  featureOf(15, 16, 2),
-                                  featureOf(15.5, 16.1, 9, {0, 1})},
-                                 6.0,
-                                 &kept),
-                IsOk());
-    EXPECT_EQ(startsOf(kept), (QList<double>{4, 15})) << "ends on the edge belong";
-    ASSERT_THAT(filterByDistance({featureOf(0, 50, 1), featureOf(0.5, 60, 9, {30, 1})}, 6.0, &kept),
-                IsOk());
-    EXPECT_EQ(startsOf(kept), (QList<double>{0.5})) << "the strongest stays in any case";
-    EXPECT_THAT(filterByDistance({}, 6.0, &kept), HasError(kError));
+    EXPECT_EQ(startsOf(valueOf(filterByDistance({featureOf(3, 4, 1),
+                                                 featureOf(4, 5, 9, {10, 1}),
+                                                 featureOf(15, 16, 2),
+                                                 featureOf(15.5, 16.1, 9, {0, 1})},
+                                                6.0))),
+              (QList<double>{4, 15}))
+        << "ends on the edge belong";
+    EXPECT_EQ(startsOf(valueOf(
+                  filterByDistance({featureOf(0, 50, 1), featureOf(0.5, 60, 9, {30, 1})}, 6.0))),
+              (QList<double>{0.5}))
+        << "the strongest stays in any case";
+    EXPECT_THAT(filterByDistance({}, 6.0), HasError(kError));
 }
 
 TEST(SegmentationTest, TightensFlanks)
@@ -270,7 +269,8 @@ TEST(SegmentationTest, MergesNeighboursWithoutAValley)
 TEST(SegmentationTest, GivesEachMatchToTheNearestCandidate)
 {
     std::vector<Feature> features = {featureOf(0, 2, 3), featureOf(2, 4, 1), featureOf(8, 9, 1)};
-    distributePsms({psmAt(2.0), psmAt(5.9), psmAt(6.1), psmAt(300.0), psmAt(-7.0)}, &features);
+    distributePSMToFeatures({psmAt(2.0), psmAt(5.9), psmAt(6.1), psmAt(300.0), psmAt(-7.0)},
+                            &features);
     const auto countOf = [&features](std::size_t i) {
         return features[i].peptideSpectrumMatches().size();
     };
@@ -279,7 +279,7 @@ TEST(SegmentationTest, GivesEachMatchToTheNearestCandidate)
     EXPECT_EQ(countOf(2), 2);
     EXPECT_EQ(features[0].score(), 6.0);
     std::vector<Feature> none;
-    distributePsms({psmAt(2.0)}, &none);
+    distributePSMToFeatures({psmAt(2.0)}, &none);
     EXPECT_TRUE(none.empty());
 }
 

@@ -25,9 +25,7 @@ public:
     ~MsFeatureFinderSeg() override;
 
 protected:
-    /// \return no value when the XIC has no candidate; kBadParameterError for an XIC without two
-    ///         points apart; kError when every candidate is negligible, as are two and more
-    ///         candidates when there is no match
+    /// \return as findBy
     Result<std::optional<Ms1Feature>> findFeature(const QList<PeptideSpectrumMatch>& psms,
                                                   const PlotBase& xic) const override;
 
@@ -40,11 +38,7 @@ protected:
                                     std::vector<Feature>* features) const;
 
 private:
-    Error extremeSegmentation(const QList<QPointF>& smoothed, QList<QPointF>* extremes) const;
-    static Error adjustExtremes(const PlotBase& plot, QList<QPointF>* extremes);
-    Error extractFeatures(const PlotBase& plot,
-                          const QList<QPointF>& extremes,
-                          std::vector<Feature>* features) const;
+    segmentation::Policy policy() const;
 };
 
 } // namespace zel

@@ -3,14 +3,24 @@
 #include "ms_feature/diagrams/FeatureDiagrams_p.h"
 #include "ms_feature/diagrams/GraphyCollection.h"
 #include "ms_feature/segmentation/SegmentationCurve_p.h"
+#include "ms_feature/segmentation/SegmentationExtremes_p.h"
 #include "ms_feature/segmentation/SegmentationFeatures_p.h"
+#include "ms_feature/segmentation/SegmentationPolicy_p.h"
 
 #include <QFile>
 
-#include <algorithm>
-#include <cmath>
-
 namespace zel {
+
+using segmentation::Policy;
+
+namespace {
+
+QString diagramTitle(const PeptideSpectrumMatch& psm)
+{
+    return QStringLiteral("%1 - z=%2").arg(psm.sequence(), QString::number(psm.charge()));
+}
+
+} // namespace
 
 MsFeatureFinderSegBase::MsFeatureFinderSegBase(const MsFeatureFinderSettings& settings)
     : MsFeatureFinderBase(settings)
@@ -25,6 +35,60 @@ MsFeatureFinderSegBase::~MsFeatureFinderSegBase()
     }
 }
 
+Result<std::optional<Ms1Feature>> MsFeatureFinderSegBase::findBy(
+    const Policy& policy, const QList<PeptideSpectrumMatch>& psms, const PlotBase& xic) const
+{
+    using Merging = Policy::Merging;
+    Error e;
+    QList<QPointF> smoothed;
+    QList<QPointF> extremes;
+    std::vector<Feature> features;
+    ZEL_RETURN_IF_ERROR(cutBy(policy, xic, &smoothed, &extremes, &features));
+    if (features.empty()) {
+        return std::optional<Ms1Feature>();
+    }
+    ZEL_RETURN_IF_ERROR(cleanFeatures(xic, &features));
+    if (policy.merging == Merging::BeforeScoring) {
+        ZEL_RETURN_IF_ERROR(mergeFeatures(xic, &features));
+    }
+    segmentation::distributePSMToFeatures(psms, &features);
+    ZEL_ASSIGN_OR_RETURN(features,
+                         segmentation::filterByShare(
+                             features, &Feature::score, settings().adaptiveScoreNegligibleRatio));
+    if (policy.merging != Merging::BeforeScoring) {
+        ZEL_ASSIGN_OR_RETURN(
+            features,
+            segmentation::filterByDistance(features, settings().xicTimeWindowToExtract()));
+    }
+    if (policy.merging == Merging::AtEnd) {
+        ZEL_RETURN_IF_ERROR(mergeFeatures(xic, &features));
+    }
+    if (!settings().adaptiveHtmlDumpFilename.isEmpty()) {
+        diagrams::appendFinderDiagrams({xic, smoothed, extremes, features, psms},
+                                       diagramTitle(maxScorePSM()));
+    }
+    return std::optional<Ms1Feature>(segmentation::assembleFeature(features, xic));
+}
+
+Error MsFeatureFinderSegBase::cutBy(const Policy& policy,
+                                    const PlotBase& xic,
+                                    QList<QPointF>* smoothed,
+                                    QList<QPointF>* extremes,
+                                    std::vector<Feature>* features)
+{
+    constexpr double noFillers = -1.0;
+    Error e;
+    ZEL_ASSIGN_OR_RETURN(const QList<QPointF> samples, onGrid(xic, policy.samplesPerMinute));
+    *smoothed = segmentation::smoothed(samples, policy.kernel, policy.smoothsMagnitudes);
+    *extremes = policy.extremesOf(*smoothed);
+    const PlotBase plot = policy.cutsOnGrid ? PlotBase(samples) : xic;
+    segmentation::adjustExtremes(plot, policy.fillerHeight, extremes);
+    ZEL_RETURN_IF_ERROR(segmentation::extractFeatures(
+        plot, *extremes, policy.keepsFillers ? noFillers : policy.fillerHeight, features));
+    return e;
+}
+
+/// The plot on a regular grid, each sample the mean height of its bin.
 Result<QList<QPointF>> MsFeatureFinderSegBase::onGrid(const PlotBase& xic, double samplesPerMinute)
 {
     Error e;
@@ -36,81 +100,28 @@ Result<QList<QPointF>> MsFeatureFinderSegBase::onGrid(const PlotBase& xic, doubl
     return samples;
 }
 
+/// Drops what has a negligible area, trims the flanks and removes overlaps of neighbours.
 Error MsFeatureFinderSegBase::cleanFeatures(const PlotBase& xic,
                                             std::vector<Feature>* features) const
 {
     Error e;
-    std::vector<Feature> large;
-    ZEL_RETURN_IF_ERROR(filterFeaturesByAUC(*features, &large));
-    for (Feature& feature : large) {
-        ZEL_RETURN_IF_ERROR(tightenFeature(xic, &feature));
+    ZEL_ASSIGN_OR_RETURN(*features,
+                         segmentation::filterByShare(
+                             *features, &Feature::auc, settings().adaptiveAucNegligibleRatio));
+    for (Feature& feature : *features) {
+        ZEL_RETURN_IF_ERROR(
+            segmentation::tightenFeature(xic, settings().adaptiveTightenNegligibleRatio, &feature));
     }
-    segmentation::removeOverlaps(xic, &large);
-    *features = std::move(large);
+    segmentation::removeOverlaps(xic, features);
     return e;
 }
 
-Error MsFeatureFinderSegBase::filterFeaturesByAUC(const std::vector<Feature>& in,
-                                                  std::vector<Feature>* out) const
+Error MsFeatureFinderSegBase::mergeFeatures(const PlotBase& xic,
+                                            std::vector<Feature>* features) const
 {
     Error e;
-    ZEL_RETURN_IF_ERROR(
-        segmentation::filterByShare(in, &Feature::auc, settings().adaptiveAucNegligibleRatio, out));
-    return e;
-}
-
-Error MsFeatureFinderSegBase::filterFeaturesByScore(const std::vector<Feature>& in,
-                                                    std::vector<Feature>* out) const
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(segmentation::filterByShare(
-        in, &Feature::score, settings().adaptiveScoreNegligibleRatio, out));
-    return e;
-}
-
-Error MsFeatureFinderSegBase::filterFeaturesByDistance(const std::vector<Feature>& in,
-                                                       std::vector<Feature>* out) const
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(
-        segmentation::filterByDistance(in, settings().xicTimeWindowToExtract(), out));
-    return e;
-}
-
-Error MsFeatureFinderSegBase::tightenFeature(const PlotBase& plot, Feature* feature) const
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(
-        segmentation::tightenFeature(plot, settings().adaptiveTightenNegligibleRatio, feature));
-    return e;
-}
-
-Error MsFeatureFinderSegBase::distributePSMToFeatures(const QList<PeptideSpectrumMatch>& psms,
-                                                      std::vector<Feature>* features)
-{
-    segmentation::distributePsms(psms, features);
-    return kNoError;
-}
-
-Ms1Feature MsFeatureFinderSegBase::assembleFeature(const QList<PeptideSpectrumMatch>& psms,
-                                                   const PlotBase& xic,
-                                                   const QList<QPointF>& smoothed,
-                                                   const QList<QPointF>& extremes,
-                                                   const std::vector<Feature>& features) const
-{
-    if (!settings().adaptiveHtmlDumpFilename.isEmpty()) {
-        const QString title =
-            QStringLiteral("%1 - z=%2")
-                .arg(maxScorePSM().sequence(), QString::number(maxScorePSM().charge()));
-        diagrams::appendFinderDiagrams({xic, smoothed, extremes, features, psms}, title);
-    }
-    return segmentation::assembleFeature(features, xic);
-}
-
-Error MsFeatureFinderSegBase::nearestPointIndex(const PlotBase& plot, double time, int* index)
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(segmentation::nearestPointIndex(plot, time, index));
+    ZEL_RETURN_IF_ERROR(segmentation::mergeContiguousFeatures(
+        xic, settings().adaptiveMergeIntensityRatio, settings().adaptiveMinSkew, features));
     return e;
 }
 

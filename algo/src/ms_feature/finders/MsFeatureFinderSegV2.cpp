@@ -1,40 +1,19 @@
 #include "ms_feature/finders/MsFeatureFinderSegV2.h"
 
-#include "common/core_mini/src/algo/numeric/Convolution.h"
 #include "common/stable/MathUtils.h"
 #include "ms_feature/segmentation/SegmentationCurve_p.h"
 #include "ms_feature/segmentation/SegmentationExtremes_p.h"
-#include "ms_feature/segmentation/SegmentationFeatures_p.h"
+#include "ms_feature/segmentation/SegmentationPolicy_p.h"
 
-#include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace zel {
 
 namespace {
 
-constexpr double kDefaultFilterWidth = 0.2;  ///< minutes
-constexpr double kFilterWidthPerSigma = 3.6; ///< how many sigma a filter width spans
-constexpr double kMaxSamplesPerMinute = 1000.0;
-constexpr double kFillerHeight = 1e-12; ///< up to here a height counts as none
-
-/// The convolution of the heights' magnitudes with the kernel, nowhere below zero.
-QList<QPointF> smoothed(const QList<QPointF>& curve, const std::vector<double>& kernel)
-{
-    std::vector<double> heights;
-    heights.reserve(static_cast<std::size_t>(curve.size()));
-    for (const QPointF& point : curve) {
-        heights.push_back(std::abs(point.y()));
-    }
-    std::vector<double> result;
-    core::conv(heights, kernel, 0, &result);
-    QList<QPointF> points;
-    points.reserve(static_cast<qsizetype>(result.size()));
-    for (const double height : result) {
-        points.append(QPointF(curve[points.size()].x(), std::max(height, 0.0)));
-    }
-    return points;
-}
+constexpr double kDefaultFilterWidth = 0.2; ///< minutes
+constexpr double kNegligible = 1e-12;       ///< up to here a height or a width counts as none
 
 } // namespace
 
@@ -51,32 +30,7 @@ MsFeatureFinderSegV2::~MsFeatureFinderSegV2() = default;
 Result<std::optional<Ms1Feature>> MsFeatureFinderSegV2::findFeature(
     const QList<PeptideSpectrumMatch>& psms, const PlotBase& xic) const
 {
-    Error e;
-    QList<QPointF> smoothed;
-    QList<QPointF> extremes;
-    std::vector<Feature> candidates;
-    ZEL_RETURN_IF_ERROR(findFeaturesBeforeFilters(xic, &smoothed, &extremes, &candidates));
-    if (candidates.empty()) {
-        return std::optional<Ms1Feature>();
-    }
-    ZEL_RETURN_IF_ERROR(cleanFeatures(xic, &candidates));
-    const auto merge = [this, &xic](std::vector<Feature>* features) {
-        return mergeContiguousFeatures(
-            xic, settings().adaptiveMergeIntensityRatio, settings().adaptiveMinSkew, features);
-    };
-    if (m_mergeBeforeScoring) {
-        ZEL_RETURN_IF_ERROR(merge(&candidates));
-    }
-    ZEL_RETURN_IF_ERROR(distributePSMToFeatures(psms, &candidates));
-    std::vector<Feature> features;
-    ZEL_RETURN_IF_ERROR(filterFeaturesByScore(candidates, &features));
-    if (!m_mergeBeforeScoring) {
-        std::vector<Feature> near;
-        ZEL_RETURN_IF_ERROR(filterFeaturesByDistance(features, &near));
-        ZEL_RETURN_IF_ERROR(merge(&near));
-        features = std::move(near);
-    }
-    return std::optional<Ms1Feature>(assembleFeature(psms, xic, smoothed, extremes, features));
+    return findBy(policy(), psms, xic);
 }
 
 Error MsFeatureFinderSegV2::findFeaturesBeforeFilters(const PlotBase& xic,
@@ -84,21 +38,28 @@ Error MsFeatureFinderSegV2::findFeaturesBeforeFilters(const PlotBase& xic,
                                                       QList<QPointF>* extremes,
                                                       std::vector<Feature>* features) const
 {
-    Error e;
+    return cutBy(policy(), xic, smoothed, extremes, features);
+}
+
+segmentation::Policy MsFeatureFinderSegV2::policy() const
+{
+    using segmentation::Policy;
+    constexpr double maxSamplesPerMinute = 1000.0;
+    constexpr double filterWidthPerSigma = 3.6;
     const double rate =
-        segmentation::limitedRate(settings().adaptiveSamplesPerMinute, kMaxSamplesPerMinute);
-    ZEL_ASSIGN_OR_RETURN(const QList<QPointF> resampled, onGrid(xic, rate));
-    const bool hasWidth = std::abs(m_kernelFilterWidth) > kFillerHeight;
+        segmentation::limitedRate(settings().adaptiveSamplesPerMinute, maxSamplesPerMinute);
+    const bool hasWidth = std::abs(m_kernelFilterWidth) > kNegligible;
     const double sigmaMinutes =
-        hasWidth ? m_kernelFilterWidth / kFilterWidthPerSigma : settings().adaptiveSmoothingStDev;
-    std::vector<double> kernel;
-    ZEL_RETURN_IF_ERROR(getConvolutionKernel(rate * sigmaMinutes, &kernel));
-    *smoothed = zel::smoothed(resampled, kernel);
-    const PlotBase curve(resampled);
-    ZEL_RETURN_IF_ERROR(extremeSegmentation(*smoothed, extremes));
-    ZEL_RETURN_IF_ERROR(adjustExtremes(curve, extremes));
-    ZEL_RETURN_IF_ERROR(extractFeatures(curve, *extremes, features));
-    return e;
+        hasWidth ? m_kernelFilterWidth / filterWidthPerSigma : settings().adaptiveSmoothingStDev;
+    Policy policy;
+    policy.samplesPerMinute = rate;
+    std::ignore = getConvolutionKernel(rate * sigmaMinutes, &policy.kernel); // cannot fail
+    policy.smoothsMagnitudes = true;
+    policy.extremesOf = segmentation::alternatingRealExtremes;
+    policy.cutsOnGrid = true;
+    policy.fillerHeight = kNegligible;
+    policy.merging = m_mergeBeforeScoring ? Policy::Merging::BeforeScoring : Policy::Merging::AtEnd;
+    return policy;
 }
 
 Error MsFeatureFinderSegV2::getConvolutionKernel(double sigma, std::vector<double>* kernel) const
@@ -109,39 +70,6 @@ Error MsFeatureFinderSegV2::getConvolutionKernel(double sigma, std::vector<doubl
     }
     *kernel = m_cachedKernel;
     return kNoError;
-}
-
-Error MsFeatureFinderSegV2::extremeSegmentation(const QList<QPointF>& smoothed,
-                                                QList<QPointF>* extremes) const
-{
-    *extremes = segmentation::alternatingRealExtremes(smoothed);
-    return kNoError;
-}
-
-Error MsFeatureFinderSegV2::adjustExtremes(const PlotBase& plot, QList<QPointF>* extremes)
-{
-    segmentation::moveExtremesTo(plot, kFillerHeight, extremes);
-    return kNoError;
-}
-
-Error MsFeatureFinderSegV2::extractFeatures(const PlotBase& plot,
-                                            const QList<QPointF>& extremes,
-                                            std::vector<Feature>* features) const
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(segmentation::cutFeatures(plot, extremes, kFillerHeight, features));
-    return e;
-}
-
-Error MsFeatureFinderSegV2::mergeContiguousFeatures(const PlotBase& plot,
-                                                    double intensityRatio,
-                                                    double minSkew,
-                                                    std::vector<Feature>* features)
-{
-    Error e;
-    ZEL_RETURN_IF_ERROR(
-        segmentation::mergeContiguousFeatures(plot, intensityRatio, minSkew, features));
-    return e;
 }
 
 } // namespace zel

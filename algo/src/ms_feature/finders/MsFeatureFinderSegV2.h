@@ -29,7 +29,7 @@ public:
     double kernelFilterWidth() const { return m_kernelFilterWidth; }
 
 protected:
-    /// \return as MsFeatureFinderSeg
+    /// \return as findBy
     Result<std::optional<Ms1Feature>> findFeature(const QList<PeptideSpectrumMatch>& psms,
                                                   const PlotBase& xic) const override;
 
@@ -41,16 +41,8 @@ protected:
                                     std::vector<Feature>* features) const;
 
 private:
+    segmentation::Policy policy() const;
     Error getConvolutionKernel(double sigma, std::vector<double>* kernel) const;
-    Error extremeSegmentation(const QList<QPointF>& smoothed, QList<QPointF>* extremes) const;
-    static Error adjustExtremes(const PlotBase& plot, QList<QPointF>* extremes);
-    Error extractFeatures(const PlotBase& plot,
-                          const QList<QPointF>& extremes,
-                          std::vector<Feature>* features) const;
-    static Error mergeContiguousFeatures(const PlotBase& plot,
-                                         double intensityRatio,
-                                         double minSkew,
-                                         std::vector<Feature>* features);
 
     double m_kernelFilterWidth;
     mutable double m_cachedSigma = -1.0;

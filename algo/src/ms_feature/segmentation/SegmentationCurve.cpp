@@ -1,3 +1,4 @@
+#include "common/core_mini/src/algo/numeric/Convolution.h"
 #include "ms_feature/segmentation/SegmentationCurve_p.h"
 
 #include <algorithm>
@@ -83,6 +84,25 @@ std::vector<double> smoothingKernel(double sigma)
     constexpr double depth = 0.2;
     constexpr double asymmetry = 1.0;
     return buildSmoothingKernel(sigma, widthRatio * sigma, depth, asymmetry);
+}
+
+QList<QPointF> smoothed(const QList<QPointF>& curve,
+                        const std::vector<double>& kernel,
+                        bool magnitudes)
+{
+    std::vector<double> heights;
+    heights.reserve(static_cast<std::size_t>(curve.size()));
+    for (const QPointF& point : curve) {
+        heights.push_back(magnitudes ? std::abs(point.y()) : point.y());
+    }
+    constexpr int sameLength = 0;
+    core::conv(heights, kernel, sameLength, &heights);
+    QList<QPointF> points = curve;
+    for (qsizetype i = 0; i < points.size(); ++i) {
+        const double height = heights[static_cast<std::size_t>(i)];
+        points[i].setY(magnitudes ? std::max(height, 0.0) : height);
+    }
+    return points;
 }
 
 double limitedRate(double samplesPerMinute, double maxRate)

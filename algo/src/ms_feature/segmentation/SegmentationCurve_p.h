@@ -27,6 +27,12 @@ std::vector<double> buildSmoothingKernel(double sigmaA,
 /// The kernel of both finders: `sigma` samples wide, less a fifth of one three times as wide.
 std::vector<double> smoothingKernel(double sigma);
 
+/// The curve with its heights, or their magnitudes, replaced by their convolution with the kernel.
+/// \param magnitudes  takes the heights without their sign, and raises sums below 0 to 0
+QList<QPointF> smoothed(const QList<QPointF>& curve,
+                        const std::vector<double>& kernel,
+                        bool magnitudes);
+
 /// How many samples per minute are used: the setting, held from 1 up to `maxRate`.
 double limitedRate(double samplesPerMinute, double maxRate);
 

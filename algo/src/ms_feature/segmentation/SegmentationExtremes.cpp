@@ -157,7 +157,7 @@ QList<QPointF> alternatingRealExtremes(const QList<QPointF>& curve)
     return list.extremes;
 }
 
-void moveExtremesTo(const PlotBase& plot, double fillerHeight, QList<QPointF>* extremes)
+void adjustExtremes(const PlotBase& plot, double fillerHeight, QList<QPointF>* extremes)
 {
     for (qsizetype i = 0; i < extremes->size(); i += 2) {
         const Interval<double> reach = reachOf(*extremes, i);
@@ -178,10 +178,10 @@ void moveExtremesTo(const PlotBase& plot, double fillerHeight, QList<QPointF>* e
     }
 }
 
-Error cutFeatures(const PlotBase& plot,
-                  const QList<QPointF>& extremes,
-                  double fillerHeight,
-                  std::vector<SegmentationFeature>* features)
+Error extractFeatures(const PlotBase& plot,
+                      const QList<QPointF>& extremes,
+                      double fillerHeight,
+                      std::vector<SegmentationFeature>* features)
 {
     Error e;
     features->clear();

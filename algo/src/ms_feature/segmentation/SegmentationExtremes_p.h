@@ -43,15 +43,15 @@ QList<QPointF> alternatingRealExtremes(const QList<QPointF>& curve);
 /// neighbours, then each maximum to the highest, counting from the moved minima. An extreme without
 /// points in reach stays, as does a filler, which is a maximum not more than `fillerHeight` away
 /// from 0.
-void moveExtremesTo(const PlotBase& plot, double fillerHeight, QList<QPointF>* extremes);
+void adjustExtremes(const PlotBase& plot, double fillerHeight, QList<QPointF>* extremes);
 
 /// One candidate from minimum to minimum, with area and half-maximum range measured on the plot.
 /// Neighbours share their cut point.
 /// \param fillerHeight  a candidate whose apex is a filler, or that has no area, is skipped;
 ///                      negative: none is
-Error cutFeatures(const PlotBase& plot,
-                  const QList<QPointF>& extremes,
-                  double fillerHeight,
-                  std::vector<SegmentationFeature>* features);
+Error extractFeatures(const PlotBase& plot,
+                      const QList<QPointF>& extremes,
+                      double fillerHeight,
+                      std::vector<SegmentationFeature>* features);
 
 } // namespace zel::segmentation

@@ -8,17 +8,6 @@ namespace zel::segmentation {
 
 namespace {
 
-/// What the filters do without candidates.
-Error noCandidates()
-{
-    ZEL_RETURN_ERROR(kError, "There is no candidate to choose from");
-}
-
-bool lowerArea(const Feature& a, const Feature& b)
-{
-    return a.auc() < b.auc();
-}
-
 /// How far the plot at `time` lies from the height of the apex, as a share of itself; infinite
 /// where the plot has no height.
 double relativeRise(const PlotBase& plot, const Feature& feature, double time)
@@ -78,57 +67,46 @@ Error appendMeasured(const PlotBase& plot,
 
 } // namespace
 
-Error filterByShare(const std::vector<Feature>& in,
-                    double (Feature::*value)() const,
-                    double ratio,
-                    std::vector<Feature>* out)
+Result<std::vector<Feature>> filterByShare(const std::vector<Feature>& features,
+                                           double (Feature::*value)() const,
+                                           double ratio)
 {
-    Error e;
     constexpr double negligible = 1e-12;
-    out->clear();
-    if (in.empty()) {
-        ZEL_RETURN_IF_ERROR(noCandidates());
+    if (features.size() == 1) {
+        return features;
     }
-    if (in.size() == 1) {
-        *out = in;
-        return e;
-    }
-    double greatest = (in.front().*value)();
-    for (const Feature& feature : in) {
+    double greatest = features.empty() ? 0.0 : (features.front().*value)();
+    for (const Feature& feature : features) {
         greatest = std::max(greatest, (feature.*value)());
     }
-    std::copy_if(in.begin(), in.end(), std::back_inserter(*out), [=](const Feature& feature) {
+    std::vector<Feature> kept;
+    std::ranges::copy_if(features, std::back_inserter(kept), [=](const Feature& feature) {
         const double own = (feature.*value)();
         return std::abs(own) > negligible && own >= greatest * ratio;
     });
-    if (out->empty()) {
-        ZEL_RETURN_ERROR(kError,
-                         QStringLiteral("All of %1 candidates are negligible").arg(in.size()));
+    if (kept.empty()) {
+        ZEL_RETURN_ERROR(
+            kError, QStringLiteral("All of %1 candidates are negligible").arg(features.size()));
     }
-    return e;
+    return kept;
 }
 
-Error filterByDistance(const std::vector<Feature>& in, double window, std::vector<Feature>* out)
+Result<std::vector<Feature>> filterByDistance(const std::vector<Feature>& features, double window)
 {
-    Error e;
-    out->clear();
-    if (in.empty()) {
-        ZEL_RETURN_IF_ERROR(noCandidates());
+    if (features.empty()) {
+        ZEL_RETURN_ERROR(kError, "There is no candidate to choose from");
     }
-    if (in.size() == 1) {
-        *out = in;
-        return e;
-    }
-    const Feature& strongest = *std::max_element(in.begin(), in.end(), lowerArea);
+    const Feature& strongest = *std::ranges::max_element(features, {}, &Feature::auc);
     const double center = strongest.apex().x();
-    std::copy_if(in.begin(), in.end(), std::back_inserter(*out), [=](const Feature& feature) {
+    std::vector<Feature> kept;
+    std::ranges::copy_if(features, std::back_inserter(kept), [=](const Feature& feature) {
         const Interval<double>& span = feature.timeInterval();
         return std::max(std::abs(center - span.end), std::abs(center - span.start)) <= window;
     });
-    if (out->empty()) {
-        out->push_back(strongest);
+    if (kept.empty()) {
+        kept.push_back(strongest);
     }
-    return e;
+    return kept;
 }
 
 Error nearestPointIndex(const PlotBase& plot, double time, int* index)
@@ -229,7 +207,8 @@ Error mergeContiguousFeatures(const PlotBase& plot,
     return e;
 }
 
-void distributePsms(const QList<PeptideSpectrumMatch>& psms, std::vector<Feature>* features)
+void distributePSMToFeatures(const QList<PeptideSpectrumMatch>& psms,
+                             std::vector<Feature>* features)
 {
     if (features->empty()) {
         return;

@@ -2,6 +2,7 @@
 
 #include "common/stable/Error.h"
 #include "common/stable/PlotBase.h"
+#include "common/stable/Result.h"
 #include "ms_feature/records/Ms1Feature.h"
 #include "ms_feature/records/SegmentationFeature.h"
 
@@ -12,17 +13,16 @@ namespace zel::segmentation {
 using Feature = SegmentationFeature;
 
 /// Keeps the candidates whose value is not 0 (beyond 1e-12) and not below `ratio` times the
-/// greatest one. A single candidate stays as it is. `out` is cleared first.
+/// greatest one. A single candidate stays as it is.
 /// \return kError without candidates and when none stays
-Error filterByShare(const std::vector<Feature>& in,
-                    double (Feature::*value)() const,
-                    double ratio,
-                    std::vector<Feature>* out);
+Result<std::vector<Feature>> filterByShare(const std::vector<Feature>& features,
+                                           double (Feature::*value)() const,
+                                           double ratio);
 
 /// Keeps the candidates that lie wholly within `window` minutes around the apex of the one with the
-/// largest area, the first of equals; at least that one. `out` is cleared first.
+/// largest area, the first of equals; at least that one.
 /// \return kError without candidates
-Error filterByDistance(const std::vector<Feature>& in, double window, std::vector<Feature>* out);
+Result<std::vector<Feature>> filterByDistance(const std::vector<Feature>& features, double window);
 
 /// The index of the point nearest to `time`, the earlier one of two.
 /// \return kBadParameterError for an empty plot
@@ -47,7 +47,8 @@ Error mergeContiguousFeatures(const PlotBase& plot,
                               std::vector<Feature>* features);
 
 /// Gives each match to the candidate nearest to its time, the first of equals, however far away.
-void distributePsms(const QList<PeptideSpectrumMatch>& psms, std::vector<Feature>* features);
+void distributePSMToFeatures(const QList<PeptideSpectrumMatch>& psms,
+                             std::vector<Feature>* features);
 
 /// The candidates as the intervals of one feature; the areas are left to the frame.
 Ms1Feature assembleFeature(const std::vector<Feature>& features, const PlotBase& xic);
