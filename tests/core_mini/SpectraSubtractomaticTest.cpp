@@ -65,18 +65,19 @@ TEST_F(SpectraSubtractomaticTest, ExplainsAWholeClusterFromAnyOfItsPeaks)
 
 TEST_F(SpectraSubtractomaticTest, TakesTheModelOffWhatIsTooHighForIt)
 {
-    // The third isotope holds a second ion; the fourth is 1.4 times as high as it should be, the
-    // fifth is missing; a peak stands beside the lattice, one half a step before the cluster.
+    // The fourth isotope holds a second ion; the third is 1.5 times as high as it should be and as
+    // much above that as sulphur may add, the fifth is missing; a peak stands beside the lattice,
+    // one half a step before the cluster.
     QList<QPointF> peaks = test::isotopePeaks(kMassDa, kCharge, 1000.0);
-    const double third = peaks[2].y();
-    peaks[2].setY(5.0 * third);
-    peaks[3].setY(1.4 * peaks[3].y());
+    const double fourth = peaks[3].y();
+    peaks[2].setY(1.5 * peaks[2].y() + 49.0);
+    peaks[3].setY(5.0 * fourth);
     peaks.removeAt(4);
     const QPointF beside(peaks[0].x() + 0.05, 300.0);
     const QPointF before(peaks[0].x() - 0.25, 300.0);
     const DecimatorMatrix out = decimate(peaks + QList<QPointF>{beside, before}, peaks[0].x(), 0);
-    EXPECT_NEAR(out.model.coeff(binOf(peaks[2].x()), 0), third, 1e-9 * third);
-    EXPECT_EQ(out.model.coeff(binOf(peaks[3].x()), 0), peaks[3].y());
+    EXPECT_EQ(out.model.coeff(binOf(peaks[2].x()), 0), peaks[2].y());
+    EXPECT_NEAR(out.model.coeff(binOf(peaks[3].x()), 0), fourth, 1e-9 * fourth);
     EXPECT_EQ(out.model.coeff(binOf(beside.x()), 0), 0.0);
     EXPECT_EQ(out.model.coeff(binOf(before.x()), 0), 0.0);
 }

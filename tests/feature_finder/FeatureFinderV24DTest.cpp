@@ -224,6 +224,8 @@ TEST(FeatureFinderV24DTest, CutsFeaturesAtTheirValleys)
     expected[0].endD1 = expected[1].startD1 = 16.0;
     expected[1].endD1 = expected[2].startD1 = 24.0;
     EXPECT_EQ(pieces, expected);
+    tooShort.pushBackChargeFeatureFrame(clusterOf(3, 900.0, 5.0));
+    EXPECT_EQ(valueOf(Finder(paramsOf()).splitChargeFeatures({tooShort})).size(), 1) << "3 frames";
 
     auto params = paramsOf();
     params.peakSplitterOptions.valleyRatio = 1e9;

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <limits>
 
 namespace zel {
@@ -179,8 +180,34 @@ TEST(ScanIteratorV2HillClusteromaticTest, LowersTheIsotopeCountForSmallIonsOfLow
     params.minAveragineScore = 1.01;
     EXPECT_EQ(clustersOf(firstIsotopes(heavy, low, 4), params).size(), 0);
     params.minAveragineScore = 0.0;
-    params.minMonoMass = heavy + 1.0;
-    EXPECT_EQ(clustersOf(firstIsotopes(heavy, low, 4), params).size(), 0);
+}
+
+TEST(ScanIteratorV2HillClusteromaticTest, KeepsTheMassesFromTheLowestToTheHighest)
+{
+    const QList<HillD2> hills = cluster(1500.0, 2, 5, 600.0);
+    const double found = clustersOf(hills)[0].monoIsotopicMass;
+    SettableFeatureFinderParameters params = openParameters();
+    const auto isKept = [&](double lowest, double highest) {
+        params.minMonoMass = lowest;
+        params.maxMonoMass = highest;
+        return !clustersOf(hills, params).isEmpty();
+    };
+    EXPECT_TRUE(isKept(found, found)) << "both ends belong to the range";
+    EXPECT_FALSE(isKept(std::nextafter(found, 1e6), 1e6));
+    EXPECT_FALSE(isKept(0.0, std::nextafter(found, 0.0)));
+}
+
+TEST(ScanIteratorV2HillClusteromaticTest, SeedsFromAllPointsButOne)
+{
+    // Of two hills the stronger one is looked at, so a pair is found; one hill alone is not.
+    SettableFeatureFinderParameters params = openParameters();
+    params.minIsotopeCount = 2;
+    params.minAveragineScore = 0.0;
+    const QList<HillD2> pair = cluster(500.0, 1, 5, 600.0).first(2);
+    EXPECT_EQ(clustersOf(pair, params).size(), 1);
+    EXPECT_TRUE(clustersOf(pair.first(1), params).isEmpty());
+    // Two ions of two hills each in far columns: three visits are enough for both.
+    EXPECT_EQ(clustersOf(pair + cluster(500.0, 1, 60, 300.0).first(2), params).size(), 2);
 }
 
 TEST(ScanIteratorV2HillClusteromaticTest, TakesTheFirstHillNearTheMonoisotopicPlace)

@@ -21,6 +21,14 @@ TEST(MathUtilsTest, TakesTheMiddleOfAnOddAndTheMeanOfTheMiddleTwoOfAnEvenCount)
     EXPECT_EQ(MathUtils::median({1.7e308, 1.7e308}), 1.7e308) << "the sum overflows";
 }
 
+TEST(MathUtilsTest, ComparesRelativeToTheGreaterOrToOne)
+{
+    EXPECT_TRUE(MathUtils::nearlyEqual(0.0, 1e-13));
+    EXPECT_FALSE(MathUtils::nearlyEqual(0.0, 2e-12));
+    EXPECT_TRUE(MathUtils::nearlyEqual(1e6, 1e6 + 1e-7));
+    EXPECT_FALSE(MathUtils::nearlyEqual(1e6, 1e6 + 1e-5));
+}
+
 TEST(MathUtilsTest, CutsTowardZeroWithinTheRangeOfInt)
 {
     EXPECT_EQ(MathUtils::truncateToInt(2.999), 2);

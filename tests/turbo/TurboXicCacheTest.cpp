@@ -317,6 +317,7 @@ TEST_F(TurboXicCacheTest, TellsCachesOfOtherSettingsByTheHeader)
     using Change = void (*)(TurboXicSettings&);
     const Change changes[] = {
         [](TurboXicSettings& s) { s.granularity = 1000; },
+        [](TurboXicSettings& s) { s.maxMz = 599; },
         [](TurboXicSettings& s) { s.maxMz = 601; },
         [](TurboXicSettings& s) { s.maxIonCount = 21; },
         [](TurboXicSettings& s) { s.peakPickingFilter = msreader::PeakPickingFilter::Profile; }};

@@ -223,8 +223,9 @@ TEST(TurboXicTest, OnlyTheEndsOfASetCount)
     settings.preGuavaCompatible = true;
     TurboXic preGuava(settings);
     ASSERT_THAT(buildFrom(source.get(), &preGuava), IsOk());
-    // The pieces are 200 bins long together, so the window ends before 400.3.
-    EXPECT_THAT(test::valueOf(preGuava.retrieveXic({mz, {2, 4}})),
+    // The pieces are 200 bins long together, so the window ends before 400.3. Of the scans at 2 and
+    // 3 min the earlier one counts as the nearest to 2.5.
+    EXPECT_THAT(test::valueOf(preGuava.retrieveXic({mz, {2.5, 4}})),
                 ElementsAre(QPointF(2, 11), QPointF(3, 11)));
 }
 
