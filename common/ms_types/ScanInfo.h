@@ -6,6 +6,8 @@
 
 #include <QString>
 
+#include <optional>
+
 namespace zel::msreader {
 
 /// What can be known about a scan without reading its peaks.
@@ -14,6 +16,9 @@ struct ScanInfoBasic
     MsScanId scanId;
     double retentionTimeMinutes = 0.0;
 };
+
+/// The sign of the ions of a scan.
+enum class Polarity { Unknown, Positive, Negative };
 
 /// The full description of a scan.
 class ScanInfo
@@ -30,9 +35,12 @@ public:
     QString nativeId;
     /// The acquired m/z range as stored; use mzRange().
     math::ClosedMultiInterval<double, 10> acquiredMzRange;
-    /// Ion mobility of the scan in the file's own unit (1/K0 in V s/cm2, or drift time in ms); 0
-    /// without mobility.
-    double mobility = 0.0;
+    /// Ion mobility of the scan in the file's own unit (1/K0 in V s/cm2, or drift time in ms), 0
+    /// included; nothing without mobility.
+    std::optional<double> mobility;
+    Polarity polarity = Polarity::Unknown;
+    /// Compensation voltage of a FAIMS device, V; nothing without one.
+    std::optional<double> compensationVoltage;
 
     /// The acquired m/z range; the empty set when the source does not know it.
     math::ClosedMultiInterval<double, 10> mzRange() const { return acquiredMzRange; }

@@ -157,7 +157,7 @@ TEST(SimulatorTest, SpreadsIonsOverTheirMobilityPeak)
     for (const TrueIon& ion : run.truth) {
         Moments moments;
         for (const InMemoryScan& scan : run.scans) {
-            moments.add(scan.info.mobility, intensityAt(scan, ion.mz, 0.01));
+            moments.add(*scan.info.mobility, intensityAt(scan, ion.mz, 0.01));
         }
         EXPECT_NEAR(moments.mean(), ion.mobilityApex, 1e-5);
         EXPECT_NEAR(moments.deviation(), settings.mobilitySigma, 1e-4);
@@ -179,8 +179,8 @@ TEST(SimulatorTest, NumbersScansAndFramesAsSourcesWantThem)
     const SimulatedRun frames = valueOf(simulateRun(withMobility(smallRun()), 0));
     ASSERT_EQ(frames.scans.size(), 241 * 120);
     EXPECT_EQ(frames.scans[120].info.scanId, msreader::MsScanId(2, 1));
-    EXPECT_NEAR(frames.scans[0].info.mobility, 0.6, 1e-12);
-    EXPECT_NEAR(frames.scans[119].info.mobility, 1.6, 1e-12);
+    EXPECT_NEAR(*frames.scans[0].info.mobility, 0.6, 1e-12);
+    EXPECT_NEAR(*frames.scans[119].info.mobility, 1.6, 1e-12);
     // A source refuses points out of order and scans that do not fit each other.
     for (const SimulatedRun* any : {&run, &frames}) {
         EXPECT_THAT(msreader::InMemoryDataSource::create(any->scans, QStringLiteral("run")),

@@ -167,6 +167,40 @@ TEST_F(MzmlDataSourceTest, RepairsUnsortedAndFilledUpSpectra)
     EXPECT_THAT(pointsOf(*source, 3), IsEmpty());
 }
 
+TEST_F(MzmlDataSourceTest, ReadsAnEmptyCompressedArray)
+{
+    const QByteArray nothing = "eJwDAAAAAAE=";
+    MzmlSpectrum empty = spectrumOf(1, 1.1);
+    empty.points = {};
+    empty.arrays = arrayList({arrayElement("MS:1000514", {}, nothing, "MS:1000574"),
+                              arrayElement("MS:1000515", {}, nothing, "MS:1000574")});
+    const auto source = openRun({spectrumOf(1, 1.0), empty});
+    EXPECT_THAT(pointsOf(*source, 2), IsEmpty());
+}
+
+TEST_F(MzmlDataSourceTest, ReadsCommentsWithQuotesAndTags)
+{
+    MzmlSpectrum spectrum = spectrumOf(1, 1.0);
+    spectrum.scanParams = "<!-- don't: <userParam name=\"a > b\"/> --><userParam name=\"a > b\"/>";
+    EXPECT_EQ(pointsOf(*openRun({spectrum}), 1).size(), 2);
+}
+
+TEST_F(MzmlDataSourceTest, TakesSpectraInOrderOfTimeWithAWarning)
+{
+    const auto source = openRun({spectrumOf(1, 1.0),
+                                 spectrumOf(2, 3.1),
+                                 spectrumOf(1, 2.0),
+                                 spectrumOf(2, 2.1),
+                                 spectrumOf(1, 4.0)});
+    EXPECT_THAT(idsOf(*source, 1), ElementsAre(MsScanId(1), MsScanId(2), MsScanId(3)));
+    EXPECT_EQ(valueOf(source->scanInfo(4)).nativeScanNumber, 104);
+    EXPECT_EQ(valueOf(source->scanInfo(5)).nativeScanNumber, 102);
+    ASSERT_EQ(source->warnings().size(), 1);
+    EXPECT_TRUE(
+        source->warnings()[0].contains(QStringLiteral("2 of 5 spectra stand out of order")));
+    EXPECT_THAT(openRun({spectrumOf(1, 1.0), spectrumOf(1, 1.0)})->warnings(), IsEmpty());
+}
+
 TEST_F(MzmlDataSourceTest, LeavesOutWhatIsNoMassSpectrum)
 {
     MzmlSpectrum absorption = spectrumOf(1, 1.1);
@@ -234,8 +268,19 @@ TEST_F(MzmlDataSourceTest, JoinsTheMobilityScansOfAFrame)
     EXPECT_EQ(pointsOf(*source, {1, 1}), (Points{{502.0, 1.0}}));
     EXPECT_EQ(valueOf(source->scanInfo({1, 1})).mobility, 0.8);
     EXPECT_EQ(valueOf(source->scanInfo({1, 1})).nativeScanNumber, 103);
-    EXPECT_EQ(valueOf(source->scanInfo(MsScanId(1))).mobility, 0.0);
+    EXPECT_FALSE(valueOf(source->scanInfo(MsScanId(1))).mobility);
     EXPECT_EQ(pointsOf(*source, 2), (Points{{503.0, 1.0}, {504.0, 1.0}}));
+}
+
+TEST_F(MzmlDataSourceTest, TakesDriftTimeZeroForAMobility)
+{
+    const auto source = openRun({mobilitySpectrum(1, 1.0, 0.0, 500.0),
+                                 mobilitySpectrum(1, 1.0, 0.1, 501.0),
+                                 mobilitySpectrum(1, 1.1, 0.0, 502.0),
+                                 mobilitySpectrum(1, 1.1, 0.1, 503.0)});
+    EXPECT_THAT(mobilityIdsOf(*source, 1),
+                ElementsAre(MsScanId(1, 1), MsScanId(1, 2), MsScanId(2, 1), MsScanId(2, 2)));
+    EXPECT_EQ(valueOf(source->scanInfo({2, 1})).mobility, 0.0);
 }
 
 TEST_F(MzmlDataSourceTest, DoesNotTakeFragmentSpectraOfOneFrameForMobilityScans)
@@ -311,15 +356,17 @@ TEST_F(MzmlDataSourceTest, ReadsMzXml)
                "compressionType=\"none\" compressedLen=\"0\">" +
                bytes.toBase64() + "</peaks>";
     };
-    const auto source = open(
-        "<mzXML><msRun scanCount=\"2\"><dataProcessing centroided=\"1\"/>"
-        "<scan num=\"17\" msLevel=\"1\" peaksCount=\"2\" centroided=\"1\" "
+    const QByteArray run =
+        "<mzXML><msRun scanCount=\"2\"><parentFile fileName=\"file:///a.raw\" "
+        "fileType=\"RAWData\" fileSha1=\"0\"/><dataProcessing centroided=\"1\"/>"
+        "<scan num=\"17\" msLevel=\"1\" peaksCount=\"2\" centroided=\"1\" polarity=\"-\" "
         "retentionTime=\"PT90S\">" +
         peaks({500.0F, 8.0F, 600.0F, 9.0F}) +
         "<scan num=\"18\" msLevel=\"2\" peaksCount=\"1\" centroided=\"1\" retentionTime=\"PT93S\">"
         "<precursorMz precursorIntensity=\"1\" precursorCharge=\"2\" windowWideness=\"3.0\">500.5"
         "</precursorMz>" +
-        peaks({150.0F, 3.0F}) + "</scan></scan></msRun></mzXML>\n");
+        peaks({150.0F, 3.0F}) + "</scan></scan></msRun></mzXML>\n";
+    const auto source = open(run);
     EXPECT_EQ(valueOf(source->retentionTimeRange()), TimeSet(1.5, 1.55));
     EXPECT_EQ(pointsOf(*source, 1), (Points{{500.0, 8.0}, {600.0, 9.0}}));
     EXPECT_EQ(pointsOf(*source, 2), (Points{{150.0, 3.0}}));
@@ -328,6 +375,14 @@ TEST_F(MzmlDataSourceTest, ReadsMzXml)
     EXPECT_EQ(precursor.isolationLowerOffset, 1.5);
     EXPECT_EQ(precursor.isolationUpperOffset, 1.5);
     EXPECT_EQ(precursor.charge, 2);
+    EXPECT_EQ(valueOf(source->scanInfo(1)).polarity, Polarity::Negative);
+    EXPECT_EQ(valueOf(source->scanInfo(2)).polarity, Polarity::Unknown);
+    // The scan numbers stay, whatever file it was made of.
+    for (const char* const origin : {"a.raw", "a.mzML", "A.MZML", "a.tdf", "a", ""}) {
+        QByteArray other = run;
+        other.replace("a.raw", origin);
+        EXPECT_EQ(valueOf(open(other)->scanInfo(2)).nativeScanNumber, 18) << origin;
+    }
 }
 
 } // namespace zel::msreader

@@ -47,6 +47,8 @@ QList<InMemoryScan> plainRun()
         ms1.info.acquiredMzRange = {100.1, 1234.5};
         ms1.info.nativeId = QStringLiteral("frame=1 scan=%1").arg(1000 + cycle);
         ms1.info.nativeScanNumber = 1000 + cycle;
+        ms1.info.polarity = cycle % 2 == 0 ? Polarity::Positive : Polarity::Negative;
+        ms1.info.compensationVoltage = -45.0 + cycle / 3.0;
         scans.append(ms1);
         for (int i = 0; i < 2; ++i) {
             InMemoryScan ms2 =
@@ -69,7 +71,7 @@ QList<InMemoryScan> mobilityRun()
         for (int d2 = 1; d2 <= 4; ++d2) {
             if (frame != 2 || d2 != 2) {
                 scans.append(scanOf({frame, d2}, frame / 9.0, randomPoints(random, 20 + d2)));
-                scans.last().info.mobility = 0.6 + d2 / 30.0;
+                scans.last().info.mobility = (d2 - 1) / 30.0;
             }
         }
     }
@@ -96,6 +98,8 @@ void expectEqualSources(MsDataSourceInterface& expected, MsDataSourceInterface& 
         EXPECT_EQ(a.msLevel, b.msLevel);
         EXPECT_EQ(a.storedAs, b.storedAs);
         EXPECT_EQ(a.mobility, b.mobility);
+        EXPECT_EQ(a.polarity, b.polarity);
+        EXPECT_EQ(a.compensationVoltage, b.compensationVoltage);
         EXPECT_EQ(a.mzRange(), b.mzRange());
         EXPECT_EQ(valueOf(expected.scanData(MsQuery(id, PeakPickingFilter::Profile))),
                   valueOf(actual.scanData(MsQuery(id, PeakPickingFilter::Profile))));

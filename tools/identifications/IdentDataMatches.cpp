@@ -268,6 +268,16 @@ QList<SpectrumMatch> matchesOf(const pw::IdentData& data,
     return matches;
 }
 
+/// What libpwiz cannot read. It does not survive a search parameter that names the unit of a
+/// tolerance before the tolerance; none of them matters here.
+msreader::AttributeFilter filterOf(IdentFormat format)
+{
+    if (format == IdentFormat::MzIdentMl) {
+        return msreader::accessionFilter();
+    }
+    return {"<parameter name=", [](std::span<char> name) { std::ranges::fill(name, '?'); }};
+}
+
 } // namespace
 
 Result<SpectrumMatchFile> readIdentData(const QString& path,
@@ -287,7 +297,7 @@ Result<SpectrumMatchFile> readIdentData(const QString& path,
     const QString fault = msreader::faultOf([&] {
         pw::IdentData data;
         const boost::shared_ptr<std::istream> stream(
-            new msreader::FilteredFileStream(std::move(file), msreader::AccessionAdapter()));
+            new msreader::FilteredFileStream(std::move(file), filterOf(format)));
         if (format == IdentFormat::PepXml) {
             pw::Serializer_pepXML().read(stream, data);
         } else {

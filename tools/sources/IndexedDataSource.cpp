@@ -113,7 +113,7 @@ Result<ScanInfo> IndexedDataSource::scanInfo(const MsScanId& id)
     if (selection.combinedScan) {
         ZEL_ASSIGN_OR_RETURN(info.mobility, combinedMobility(*selection.combinedScan));
     } else if (info.scanId != id) {
-        info.mobility = 0.0;
+        info.mobility.reset();
         for (const ScanRecord& scan : m_index.recordsOf(*m_index.frameOf(*id.d1))) {
             info.acquiredMzRange.unite(scan.info.acquiredMzRange);
         }

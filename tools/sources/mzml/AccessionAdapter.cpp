@@ -2,6 +2,8 @@
 
 #include "tools/sources/mzml/Fault.h"
 
+#include <QByteArray>
+#include <QHash>
 #include <pwiz/data/common/cv.hpp>
 
 #include <algorithm>
@@ -38,14 +40,18 @@ QByteArray replacementOf(const QByteArray& accession)
 
 } // namespace
 
-void AccessionAdapter::operator()(std::span<char> accession)
+AttributeFilter accessionFilter()
 {
-    const QByteArray key(accession.data(), static_cast<qsizetype>(accession.size()));
-    auto known = m_replacements.constFind(key);
-    if (known == m_replacements.cend()) {
-        known = m_replacements.insert(key, replacementOf(key));
-    }
-    std::copy(known->cbegin(), known->cend(), accession.begin());
+    const auto adapt = [replacements =
+                            QHash<QByteArray, QByteArray>()](std::span<char> accession) mutable {
+        const QByteArray key(accession.data(), static_cast<qsizetype>(accession.size()));
+        auto known = replacements.constFind(key);
+        if (known == replacements.cend()) {
+            known = replacements.insert(key, replacementOf(key));
+        }
+        std::copy(known->cbegin(), known->cend(), accession.begin());
+    };
+    return {"ccession=", adapt}; // the end of "accession" and "unitAccession"
 }
 
 } // namespace zel::msreader

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <QByteArray>
-#include <QHash>
-
-#include <span>
+#include "tools/sources/mzml/FilteredFileBuffer.h"
 
 namespace zel::msreader {
 
@@ -11,16 +8,9 @@ namespace zel::msreader {
 /// and deconvoluted, drift time and inverse reduced.
 inline constexpr const char* kMobilityArrayAccession = "MS:1002816";
 
-/// Replaces accessions of the controlled vocabulary by ones that libpwiz reads without an
-/// exception: one of a mobility array by kMobilityArrayAccession, one that libpwiz does not know by
-/// one of the same length that means nothing.
-class AccessionAdapter
-{
-public:
-    void operator()(std::span<char> accession);
-
-private:
-    QHash<QByteArray, QByteArray> m_replacements;
-};
+/// A filter that replaces accessions of the controlled vocabulary by ones that libpwiz reads
+/// without an exception: one of a mobility array by kMobilityArrayAccession, one that libpwiz does
+/// not know by one of the same length that means nothing.
+AttributeFilter accessionFilter();
 
 } // namespace zel::msreader

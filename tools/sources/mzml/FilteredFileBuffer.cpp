@@ -1,8 +1,7 @@
 #include "tools/sources/mzml/FilteredFileBuffer.h"
 
 #include <algorithm>
-#include <functional>
-#include <string_view>
+#include <stdexcept>
 
 namespace zel::msreader {
 
@@ -10,14 +9,12 @@ namespace {
 
 constexpr qint64 kBlockSize = 1 << 16;
 /// What is read beyond a block on each side, so that an attribute across its edge is seen whole
-/// from both blocks. Longer attributes are no accessions.
-constexpr qint64 kMargin = 64;
-/// The common end of both attribute names.
-constexpr std::string_view kAttribute = "ccession=";
+/// from both blocks. Longer ones are left as they are.
+constexpr qint64 kMargin = 1024;
 
 } // namespace
 
-FilteredFileBuffer::FilteredFileBuffer(std::unique_ptr<QFile> file, Filter filter)
+FilteredFileBuffer::FilteredFileBuffer(std::unique_ptr<QFile> file, AttributeFilter filter)
     : m_file(std::move(file))
     , m_size(m_file->size())
     , m_filter(std::move(filter))
@@ -28,10 +25,18 @@ FilteredFileBuffer::~FilteredFileBuffer() = default;
 
 FilteredFileBuffer::int_type FilteredFileBuffer::underflow()
 {
-    if (gptr() < egptr() || load(m_start + (egptr() - eback()))) {
+    if (gptr() < egptr()) {
         return traits_type::to_int_type(*gptr());
     }
-    return traits_type::eof();
+    const qint64 position = m_start + (egptr() - eback());
+    if (position != m_nestedTagPosition && !load(position)) {
+        return traits_type::eof();
+    }
+    if (position == m_nestedTagPosition) {
+        throw std::runtime_error("a quote or a \">\" is missing before byte " +
+                                 std::to_string(position) + " of the XML text");
+    }
+    return traits_type::to_int_type(*gptr());
 }
 
 FilteredFileBuffer::pos_type FilteredFileBuffer::seekoff(off_type offset,
@@ -57,6 +62,7 @@ FilteredFileBuffer::pos_type FilteredFileBuffer::seekpos(pos_type position, std:
         setg(eback(), eback() + (target - m_start), egptr());
     } else {
         m_start = target;
+        m_nestedTagPosition.reset();
         setg(m_bytes.data(), m_bytes.data(), m_bytes.data());
     }
     return position;
@@ -73,19 +79,43 @@ bool FilteredFileBuffer::load(qint64 position)
     if (count <= marginBefore) {
         return false;
     }
-    filterBlock(std::span(m_bytes).first(static_cast<std::size_t>(count)));
-    char* const first = m_bytes.data() + marginBefore;
+    const std::span<char> bytes = std::span(m_bytes).first(static_cast<std::size_t>(count));
+    const qint64 blockSize = std::min(count - marginBefore, kBlockSize);
+    const auto block =
+        bytes.subspan(static_cast<std::size_t>(marginBefore), static_cast<std::size_t>(blockSize));
+    const qint64 goodSize = checkTags(position, block);
+    filterBlock(bytes);
     m_start = position;
-    setg(first, first, first + std::min(count - marginBefore, kBlockSize));
+    setg(block.data(), block.data(), block.data() + goodSize);
     return true;
+}
+
+/// Follows the tags of the bytes from `position` on. \return how many bytes there are before a tag
+/// inside a tag
+qint64 FilteredFileBuffer::checkTags(qint64 position, std::span<char> bytes)
+{
+    const auto size = static_cast<qint64>(bytes.size());
+    if (position != m_tagsEnd) {
+        m_tags = {};
+    }
+    m_tagsEnd = position + size;
+    const qsizetype nested = m_tags.follow(bytes);
+    m_nestedTagPosition.reset();
+    if (nested < 0) {
+        return size;
+    }
+    m_nestedTagPosition = position + nested;
+    m_tagsEnd = -1;
+    return nested;
 }
 
 void FilteredFileBuffer::filterBlock(std::span<char> bytes) const
 {
-    static const std::boyer_moore_horspool_searcher attribute(kAttribute.begin(), kAttribute.end());
+    const std::string& name = m_filter.nameEnd;
+    const std::boyer_moore_horspool_searcher attribute(name.begin(), name.end());
     auto next = bytes.begin();
     while ((next = std::search(next, bytes.end(), attribute)) != bytes.end()) {
-        next += static_cast<std::ptrdiff_t>(kAttribute.size());
+        next += static_cast<std::ptrdiff_t>(name.size());
         if (next == bytes.end() || (*next != '"' && *next != '\'')) {
             continue;
         }
@@ -94,8 +124,8 @@ void FilteredFileBuffer::filterBlock(std::span<char> bytes) const
         if (end == bytes.end()) {
             return;
         }
-        if (end - next < kMargin - static_cast<qint64>(kAttribute.size())) {
-            m_filter(std::span<char>(next, end));
+        if (end - next < kMargin - static_cast<qint64>(name.size())) {
+            m_filter.filter(std::span<char>(next, end));
         }
         next = end;
     }

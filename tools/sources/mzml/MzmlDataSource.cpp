@@ -19,7 +19,15 @@ MzmlDataSource::MzmlDataSource(std::unique_ptr<SpectrumFile> file, SpectrumRun r
     , m_file(std::move(file))
     , m_stored(std::move(run.stored))
     , m_combinedLevels(std::move(run.combinedLevels))
-{}
+{
+    if (run.outOfOrderCount > 0) {
+        m_warnings.append(
+            m_file->path() +
+            QStringLiteral(": %1 of %2 spectra stand out of order; they are read in order of time")
+                .arg(run.outOfOrderCount)
+                .arg(m_stored.size()));
+    }
+}
 
 MzmlDataSource::~MzmlDataSource() = default;
 

@@ -4,6 +4,7 @@
 #include "tools/sources/mzml/SpectrumRun.h"
 
 #include <QSharedPointer>
+#include <QStringList>
 
 #include <memory>
 
@@ -27,9 +28,9 @@ namespace zel::msreader {
 /// `setD2`, an id with `d2`.
 ///
 /// What is wrong with a file is told by a kFileFormatError that names the file and the spectrum: on
-/// opening, what concerns the file as a whole, headers, or times that descend; on reading, points
-/// that cannot be decoded or are not valid numbers. Repaired in silence are spectra that are not
-/// sorted by m/z, and points (0, 0) that fill up empty spectra.
+/// opening, what concerns the file as a whole, or headers; on reading, points that cannot be
+/// decoded or are not valid numbers. Repaired with a warning are times that descend, and in silence
+/// are spectra that are not sorted by m/z, and points (0, 0) that fill up empty spectra.
 ///
 /// Not thread-safe.
 class MzmlDataSource : public IndexedDataSource
@@ -38,6 +39,9 @@ public:
     /// \return kFileOpenError or kFileFormatError
     static Result<QSharedPointer<MzmlDataSource>> open(const QString& path);
     ~MzmlDataSource() override;
+
+    /// What was repaired, in lines for the user that name the file; empty for most files.
+    const QStringList& warnings() const { return m_warnings; }
 
     Result<ScanInfo> scanInfo(const MsScanId& id) override;
 
@@ -67,6 +71,7 @@ private:
     std::unique_ptr<SpectrumFile> m_file;
     std::vector<StoredSpectrum> m_stored;
     std::vector<int> m_combinedLevels;
+    QStringList m_warnings;
     bool m_hasAxis = false;
     MobilityAxis m_axis;
     std::vector<double> m_mobilities;     ///< buffer

@@ -10,6 +10,7 @@
 #include <pwiz/data/msdata/SpectrumListBase.hpp>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <ostream>
 #include <span>
@@ -43,13 +44,13 @@ void setScan(const InMemoryScan& scan, bool isCombined, Mobility mobility, pw::S
     spectrum.scanList.set(cv::MS_no_combination);
     pw::Scan acquisition;
     acquisition.set(cv::MS_scan_start_time, textOf(scan.info.retentionTimeMinutes), cv::UO_minute);
-    if (scan.info.mobility > 0.0 && !isCombined) {
+    if (scan.info.mobility && !isCombined) {
         if (mobility == Mobility::DriftTime) {
             acquisition.set(
-                cv::MS_ion_mobility_drift_time, textOf(scan.info.mobility), cv::UO_millisecond);
+                cv::MS_ion_mobility_drift_time, textOf(*scan.info.mobility), cv::UO_millisecond);
         } else {
             acquisition.set(cv::MS_inverse_reduced_ion_mobility,
-                            textOf(scan.info.mobility),
+                            textOf(*scan.info.mobility),
                             cv::MS_volt_second_per_square_centimeter);
         }
     }
@@ -61,6 +62,13 @@ void setScan(const InMemoryScan& scan, bool isCombined, Mobility mobility, pw::S
         acquisition.scanWindows.push_back(window);
     }
     spectrum.scanList.scans.push_back(acquisition);
+}
+
+void setPolarity(Polarity polarity, pw::Spectrum& spectrum)
+{
+    if (polarity != Polarity::Unknown) {
+        spectrum.set(polarity == Polarity::Positive ? cv::MS_positive_scan : cv::MS_negative_scan);
+    }
 }
 
 void setPrecursor(const PrecursorInfo& info, pw::Spectrum& spectrum)
@@ -98,7 +106,7 @@ pw::BinaryDataArrayPtr mobilityArrayOf(const ScanGroup& group, Mobility mobility
     }
     for (const InMemoryScan& scan : group.scans) {
         for (qsizetype i = 0; i < scan.points.size(); ++i) {
-            array->data.push_back(scan.info.mobility);
+            array->data.push_back(scan.info.mobility.value_or(0.0)); // checked before
         }
     }
     return array;
@@ -155,6 +163,12 @@ public:
         }
         made->set(isMs1 ? cv::MS_MS1_spectrum : cv::MS_MSn_spectrum);
         made->set(cv::MS_ms_level, first.info.msLevel);
+        setPolarity(first.info.polarity, *made);
+        if (first.info.compensationVoltage) {
+            made->set(cv::MS_FAIMS_compensation_voltage,
+                      textOf(*first.info.compensationVoltage),
+                      cv::UO_volt);
+        }
         made->set(isProfile ? cv::MS_profile_spectrum : cv::MS_centroid_spectrum);
         setScan(first, group.isCombined, m_mobility, *made);
         setPrecursor(first.precursor, *made);
@@ -200,8 +214,9 @@ Result<std::vector<ScanGroup>> groupsOf(const QList<InMemoryScan>& scans,
     records.reserve(static_cast<std::size_t>(scans.size()));
     for (const InMemoryScan& scan : scans) {
         QString fault = firstFaultOf(scan.points);
-        if (fault.isEmpty() && scan.info.scanId.d2 && !(scan.info.mobility > 0.0)) {
-            fault = QStringLiteral("a mobility scan must have a positive mobility");
+        if (fault.isEmpty() && scan.info.scanId.d2 &&
+            !std::isfinite(scan.info.mobility.value_or(std::nan("")))) {
+            fault = QStringLiteral("a mobility scan must have a mobility, a finite number");
         }
         if (!fault.isEmpty()) {
             ZEL_RETURN_ERROR(kBadParameterError,

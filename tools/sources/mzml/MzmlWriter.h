@@ -32,7 +32,7 @@ struct MzmlWriterOptions
 /// empty mobility scans are lost, and the native id and the acquired m/z range are those of the
 /// first scan. The file is replaced as a whole or left as it was.
 ///
-/// \param scans     as InMemoryDataSource takes them; mobility scans have a positive
+/// \param scans     as InMemoryDataSource takes them; mobility scans have an
 ///                  `info.mobility`, in ascending order inside a frame
 /// \param progress  one step a hundred spectra; may be null
 /// \return kBadParameterError for scans that are not as they should be, kFileOpenError when the

@@ -9,6 +9,7 @@
 #include <pwiz/data/msdata/MSData.hpp>
 #include <pwiz/data/msdata/Serializer_mzML.hpp>
 #include <pwiz/data/msdata/Serializer_mzXML.hpp>
+#include <pwiz/data/msdata/SpectrumList_mzXML.hpp>
 
 #include <algorithm>
 #include <charconv>
@@ -91,25 +92,52 @@ double minutesOf(const pw::CVParam& time)
     }
 }
 
-/// The ion mobility that stands among these terms, or 0.
-double mobilityOf(const pw::ParamContainer& params)
+/// The number that one of the terms carries, the first that does.
+std::optional<double> firstNumberOf(const pw::ParamContainer& params,
+                                    std::initializer_list<cv::CVID> terms)
 {
-    const double driftTime = numberOrZero(params.cvParam(cv::MS_ion_mobility_drift_time));
-    return driftTime > 0.0 ? driftTime
-                           : numberOrZero(params.cvParam(cv::MS_inverse_reduced_ion_mobility));
+    for (const cv::CVID term : terms) {
+        const double number = numberOf(params.cvParam(term));
+        if (std::isfinite(number)) {
+            return number;
+        }
+    }
+    return std::nullopt;
 }
 
-double mobilityOf(const pw::Spectrum& spectrum)
+/// The same of what is said of a spectrum or else of its first scan.
+std::optional<double> firstNumberOf(const pw::Spectrum& spectrum,
+                                    std::initializer_list<cv::CVID> terms)
 {
-    double mobility = mobilityOf(static_cast<const pw::ParamContainer&>(spectrum));
-    if (mobility <= 0.0 && !spectrum.scanList.scans.empty()) {
-        mobility = mobilityOf(spectrum.scanList.scans.front());
+    const auto ofSpectrum = firstNumberOf(static_cast<const pw::ParamContainer&>(spectrum), terms);
+    return ofSpectrum || spectrum.scanList.scans.empty()
+               ? ofSpectrum
+               : firstNumberOf(spectrum.scanList.scans.front(), terms);
+}
+
+/// The mobility of the spectrum, or else that of its precursor.
+std::optional<double> mobilityOf(const pw::Spectrum& spectrum)
+{
+    const auto terms = {cv::MS_ion_mobility_drift_time, cv::MS_inverse_reduced_ion_mobility};
+    const auto mobility = firstNumberOf(spectrum, terms);
+    const bool hasIon =
+        !spectrum.precursors.empty() && !spectrum.precursors.front().selectedIons.empty();
+    return mobility || !hasIon
+               ? mobility
+               : firstNumberOf(spectrum.precursors.front().selectedIons.front(), terms);
+}
+
+Polarity polarityOf(const pw::Spectrum& spectrum)
+{
+    const auto has = [&spectrum](cv::CVID term) {
+        const auto& scans = spectrum.scanList.scans;
+        return spectrum.hasCVParam(term) || (!scans.empty() && scans.front().hasCVParam(term));
+    };
+    const bool isPositive = has(cv::MS_positive_scan);
+    if (isPositive == has(cv::MS_negative_scan)) {
+        return Polarity::Unknown;
     }
-    if (mobility <= 0.0 && !spectrum.precursors.empty() &&
-        !spectrum.precursors.front().selectedIons.empty()) {
-        mobility = mobilityOf(spectrum.precursors.front().selectedIons.front());
-    }
-    return mobility;
+    return isPositive ? Polarity::Positive : Polarity::Negative;
 }
 
 math::ClosedMultiInterval<double, 10> scanWindowsOf(const pw::Scan& scan)
@@ -196,8 +224,52 @@ SpectrumHeader headerOf(const pw::Spectrum& spectrum)
         info.acquiredMzRange = scanWindowsOf(scan);
     }
     info.mobility = mobilityOf(spectrum);
+    info.polarity = polarityOf(spectrum);
+    info.compensationVoltage = firstNumberOf(spectrum, {cv::MS_FAIMS_compensation_voltage});
     header.precursor = precursorOf(spectrum);
     return header;
+}
+
+/// libpwiz of 2018 refuses an mzXML file that was made of an mzML file. Without that suffix the
+/// origin is one that it does not know, which is no failure.
+void hideMzMlSuffix(std::span<char> fileName)
+{
+    const QByteArrayView suffix(".mzml");
+    const QByteArrayView name(fileName.data(), static_cast<qsizetype>(fileName.size()));
+    if (name.size() >= suffix.size() &&
+        name.last(suffix.size()).compare(suffix, Qt::CaseInsensitive) == 0) {
+        fileName[fileName.size() - static_cast<std::size_t>(suffix.size())] = '_';
+    }
+}
+
+/// Makes the native ids of an mzXML file of its scan numbers, where libpwiz has counted the spectra
+/// instead, as it does for files of an origin that it does not know.
+void keepScanNumbers(const boost::shared_ptr<std::istream>& stream, pw::MSData& data)
+{
+    const cv::CVID format = pw::id::getDefaultNativeIDFormat(data);
+    if (!pw::id::translateScanNumberToNativeID(format, "1").empty()) {
+        return;
+    }
+    const pw::SourceFilePtr origin(new pw::SourceFile("origin"));
+    origin->set(cv::MS_scan_number_only_nativeID_format);
+    data.run.defaultSourceFilePtr = origin;
+    data.run.spectrumListPtr = pw::SpectrumList_mzXML::create(stream, data, true);
+}
+
+void readRun(std::unique_ptr<QFile> file, Format format, pw::MSData& data)
+{
+    if (format == Format::MzXml) {
+        const boost::shared_ptr<std::istream> stream(
+            new FilteredFileStream(std::move(file), {"fileName=", hideMzMlSuffix}));
+        pw::Serializer_mzXML().read(stream, data);
+        keepScanNumbers(stream, data);
+    } else {
+        const boost::shared_ptr<std::istream> stream(
+            new FilteredFileStream(std::move(file), accessionFilter()));
+        pw::Serializer_mzML::Config config;
+        config.indexed = format == Format::IndexedMzMl;
+        pw::Serializer_mzML(config).read(stream, data);
+    }
 }
 
 std::span<const double> spanOf(const pw::BinaryDataArrayPtr& array)
@@ -245,17 +317,8 @@ Result<std::unique_ptr<SpectrumFile>> SpectrumFile::open(const QString& path)
     }
 
     pw::MSData& data = opened->d->data;
-    const QString fault = faultOf([&data, &file, &root] {
-        const boost::shared_ptr<std::istream> stream(
-            new FilteredFileStream(std::move(file), AccessionAdapter()));
-        if (root.format == Format::MzXml) {
-            pw::Serializer_mzXML().read(stream, data);
-        } else {
-            pw::Serializer_mzML::Config config;
-            config.indexed = root.format == Format::IndexedMzMl;
-            pw::Serializer_mzML(config).read(stream, data);
-        }
-    });
+    const QString fault =
+        faultOf([&data, &file, &root] { readRun(std::move(file), root.format, data); });
     if (!fault.isEmpty()) {
         ZEL_RETURN_ERROR(
             opened->formatError(QStringLiteral("its header cannot be read: %1").arg(fault)));
@@ -321,6 +384,9 @@ Result<SpectrumArrays> SpectrumFile::readArrays(qsizetype index, qsizetype point
                   spanOf(d->current->getArrayByCVID(mobilityArray))};
     });
     if (!fault.isEmpty()) {
+        if (pointCount == 0) {
+            return SpectrumArrays(); // libpwiz refuses a compressed array without values
+        }
         ZEL_RETURN_ERROR(
             formatError(index, QStringLiteral("its data cannot be decoded: %1").arg(fault)));
     }

@@ -35,7 +35,8 @@ struct SpectrumArrays
 ///
 /// Terms of the controlled vocabulary that are younger than libpwiz, which would refuse the whole
 /// file for one of them, are read as terms without a meaning; the terms of all kinds of mobility
-/// arrays are read as one. Nothing is kept of a spectrum once the next one is read.
+/// arrays are read as one. The native ids of an mzXML file carry its scan numbers, whatever file it
+/// was made of. Nothing is kept of a spectrum once the next one is read.
 ///
 /// Every failure names the file, and the spectrum by its native id. No exception leaves this class.
 /// Not thread-safe.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <map>
 #include <numeric>
 #include <set>
@@ -15,7 +16,7 @@ namespace {
 /// How many spectra of a level are read to judge their kind.
 constexpr std::size_t kSampleSize = 5;
 
-/// The records of a run in acquisition order, before they have ids.
+/// The records of a run before they have ids.
 struct Headers
 {
     std::vector<ScanRecord> records;
@@ -23,24 +24,8 @@ struct Headers
     std::vector<bool> isKindStated;     ///< parallel to records
 };
 
-Error checkTime(SpectrumFile& file, const Headers& headers, qsizetype index, double minutes)
-{
-    const double previous =
-        headers.records.empty() ? minutes : headers.records.back().info.retentionTimeMinutes;
-    if (minutes < previous) {
-        ZEL_RETURN_ERROR(file.formatError(
-            index,
-            QStringLiteral("spectra out of order: its time, %1 min, lies before %2 min of \"%3\"")
-                .arg(minutes)
-                .arg(previous)
-                .arg(file.nativeId(headers.stored.back().index))));
-    }
-    return kNoError;
-}
-
 Result<Headers> readHeaders(SpectrumFile& file)
 {
-    Error e;
     Headers headers;
     headers.records.reserve(static_cast<std::size_t>(file.spectrumCount()));
     headers.stored.reserve(static_cast<std::size_t>(file.spectrumCount()));
@@ -50,7 +35,6 @@ Result<Headers> readHeaders(SpectrumFile& file)
         if (!header.isMassSpectrum) {
             continue;
         }
-        ZEL_RETURN_IF_ERROR(checkTime(file, headers, i, header.info.retentionTimeMinutes));
         hasMs1 = hasMs1 || header.info.msLevel == 1;
         headers.records.push_back({header.info, header.precursor});
         headers.stored.push_back({i, header.pointCount});
@@ -60,6 +44,44 @@ Result<Headers> readHeaders(SpectrumFile& file)
         ZEL_RETURN_ERROR(file.formatError(QStringLiteral("it contains no MS1 spectra")));
     }
     return headers;
+}
+
+/// Puts as many records from `first` on as `order` is long in this order of their present places.
+void reorder(std::size_t first, const std::vector<std::size_t>& order, Headers& headers)
+{
+    Headers sorted;
+    for (const std::size_t i : order) {
+        sorted.records.push_back(headers.records[i]);
+        sorted.stored.push_back(headers.stored[i]);
+        sorted.isKindStated.push_back(headers.isKindStated[i]);
+    }
+    const auto start = static_cast<std::ptrdiff_t>(first);
+    std::ranges::move(sorted.records, headers.records.begin() + start);
+    std::ranges::move(sorted.stored, headers.stored.begin() + start);
+    std::copy(sorted.isKindStated.begin(),
+              sorted.isKindStated.end(),
+              headers.isKindStated.begin() + start);
+}
+
+/// \return how many records had a time before that of an earlier one
+qsizetype sortByTime(Headers& headers)
+{
+    const auto timeOf = [&headers](std::size_t i) {
+        return headers.records[i].info.retentionTimeMinutes;
+    };
+    qsizetype lateCount = 0;
+    double latest = -std::numeric_limits<double>::infinity();
+    std::vector<std::size_t> order(headers.records.size());
+    for (std::size_t i = 0; i < order.size(); ++i) {
+        order[i] = i;
+        lateCount += timeOf(i) < latest ? 1 : 0;
+        latest = std::max(latest, timeOf(i));
+    }
+    if (lateCount > 0) {
+        std::ranges::stable_sort(order, {}, timeOf);
+        reorder(0, order, headers);
+    }
+    return lateCount;
 }
 
 /// For each MS level the spectra with most points, at most kSampleSize of them, the richest first.
@@ -129,9 +151,11 @@ bool isSameWindow(const PrecursorInfo& a, const PrecursorInfo& b)
 /// Whether a record may be a mobility scan of the same frame as the one before it.
 bool continuesFrame(const ScanRecord& previous, const ScanRecord& record)
 {
-    return previous.info.mobility > 0.0 && record.info.mobility > 0.0 &&
+    return previous.info.mobility && record.info.mobility &&
            previous.info.msLevel == record.info.msLevel &&
            previous.info.retentionTimeMinutes == record.info.retentionTimeMinutes &&
+           previous.info.polarity == record.info.polarity &&
+           previous.info.compensationVoltage == record.info.compensationVoltage &&
            isSameWindow(previous.precursor, record.precursor);
 }
 
@@ -146,9 +170,9 @@ struct FrameRecords
 std::vector<FrameRecords> cutFrames(const std::vector<ScanRecord>& records, bool isCombined)
 {
     std::vector<FrameRecords> frames;
-    std::vector<double> mobilities;
+    std::vector<std::optional<double>> mobilities;
     for (std::size_t i = 0; i < records.size(); ++i) {
-        const double mobility = records[i].info.mobility;
+        const std::optional<double> mobility = records[i].info.mobility;
         const bool continues = !isCombined && i > 0 && continuesFrame(records[i - 1], records[i]) &&
                                !std::ranges::binary_search(mobilities, mobility);
         if (continues) {
@@ -185,15 +209,7 @@ void sortFrame(const FrameRecords& frame, Headers& headers)
     std::iota(order.begin(), order.end(), frame.first);
     std::ranges::sort(
         order, {}, [&headers](std::size_t i) { return headers.records[i].info.mobility; });
-    std::vector<ScanRecord> records;
-    std::vector<StoredSpectrum> stored;
-    for (const std::size_t i : order) {
-        records.push_back(headers.records[i]);
-        stored.push_back(headers.stored[i]);
-    }
-    const auto first = static_cast<std::ptrdiff_t>(frame.first);
-    std::ranges::move(records, headers.records.begin() + first);
-    std::ranges::move(stored, headers.stored.begin() + first);
+    reorder(frame.first, order, headers);
 }
 
 /// Numbers the mobility scans of the frames that are stored scan by scan.
@@ -208,7 +224,7 @@ void numberMobilityScans(const std::vector<FrameRecords>& frames, Headers& heade
     }
     const auto hasScans = [&levels, &headers](const FrameRecords& frame) {
         const ScanInfo& info = headers.records[frame.first].info;
-        return info.mobility > 0.0 && levels.contains(info.msLevel);
+        return info.mobility && levels.contains(info.msLevel);
     };
 
     MobilityAxis axis;
@@ -217,7 +233,7 @@ void numberMobilityScans(const std::vector<FrameRecords>& frames, Headers& heade
         if (hasScans(frame)) {
             mobilities.clear();
             for (std::size_t i = frame.first; i < frame.first + frame.count; ++i) {
-                mobilities.push_back(headers.records[i].info.mobility);
+                mobilities.push_back(*headers.records[i].info.mobility);
             }
             axis.addFrame(mobilities);
         }
@@ -227,7 +243,7 @@ void numberMobilityScans(const std::vector<FrameRecords>& frames, Headers& heade
         long long previous = 0;
         for (std::size_t i = frame.first; i < frame.first + frame.count && hasScans(frame); ++i) {
             ScanInfo& info = headers.records[i].info;
-            info.scanId.d2 = std::max(axis.indexOf(info.mobility), previous + 1);
+            info.scanId.d2 = std::max(axis.indexOf(*info.mobility), previous + 1);
             previous = *info.scanId.d2;
         }
     }
@@ -265,6 +281,7 @@ Result<SpectrumRun> readRun(SpectrumFile& file)
 {
     SpectrumRun run;
     ZEL_ASSIGN_OR_RETURN(Headers headers, readHeaders(file));
+    run.outOfOrderCount = sortByTime(headers);
     ZEL_ASSIGN_OR_RETURN(run.combinedLevels, examineLevels(file, headers));
     const std::vector<FrameRecords> frames =
         cutFrames(headers.records, !run.combinedLevels.empty());

@@ -59,7 +59,7 @@ Result<QMap<int, double>> mobilityByD2(msreader::MsDataSourceInterface* source)
         const int d2 = static_cast<int>(id.d2.value_or(-1));
         if (d2 >= 0 && !mobilities.contains(d2)) {
             ZEL_ASSIGN_OR_RETURN(const auto info, source->scanInfo(id));
-            mobilities.insert(d2, info.mobility);
+            mobilities.insert(d2, info.mobility.value_or(0.0));
         }
     }
     return mobilities;

@@ -5,8 +5,8 @@
 #include "feature_finder/finders/FeatureFinderParametersAutoSet.h"
 #include "feature_finder/records/ChargeFeatureList.h"
 #include "tools/io/TextOutput.h"
-#include "tools/sources/mzml/MzmlDataSource.h"
 #include "tools/zel/cli/Command.h"
+#include "tools/zel/cli/RunFile.h"
 #include "tools/zel/features/FeatureSettings.h"
 #include "tools/zel/features/FeatureTable.h"
 #include "tools/zel/features/ProfileWidth.h"
@@ -272,7 +272,7 @@ Error processRun(const FeaturesOptions& options,
     timer.start();
     ZEL_ASSIGN_OR_RETURN(const auto outputs, RunOutputs::open(options, file));
     const QString path = QString::fromStdString(file);
-    ZEL_ASSIGN_OR_RETURN(const auto source, msreader::MzmlDataSource::open(path));
+    ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
     ZEL_ASSIGN_OR_RETURN(const RunFeatures found,
                          findFeatures(options, path, source.get(), context));
     ZEL_RETURN_IF_ERROR(outputs->writeStore(found.masters));

@@ -1,8 +1,8 @@
 #include "common/stable/NumberText.h"
 #include "tools/io/TextOutput.h"
-#include "tools/sources/mzml/MzmlDataSource.h"
 #include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/CommandLine.h"
+#include "tools/zel/cli/RunFile.h"
 
 #include <algorithm>
 #include <limits>
@@ -80,7 +80,7 @@ Error addMobility(msreader::MsDataSourceInterface* source, RunSummary& summary)
                                  source->scanData(MsQuery(id, PeakPickingFilter::Profile)));
             ZEL_ASSIGN_OR_RETURN(const ScanInfo info, source->scanInfo(id));
             level.peakCount += points.size();
-            level.mobility.add(info.mobility);
+            level.mobility.add(info.mobility.value_or(0.0));
         }
     }
     return kNoError;
@@ -91,7 +91,7 @@ Result<RunSummary> summarize(const QString& path, const CommandContext& context)
 {
     constexpr qsizetype chunkSize = 250;
     Error e;
-    ZEL_ASSIGN_OR_RETURN(const auto source, msreader::MzmlDataSource::open(path));
+    ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
     ZEL_ASSIGN_OR_RETURN(
         const QList<MsScanId> ids,
         source->scanIds(MsQuery::createByTime(math::ClosedMultiInterval<double, 6>::unbounded(),

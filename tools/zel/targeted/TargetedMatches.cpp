@@ -2,6 +2,7 @@
 
 #include "common/stable/NumberText.h"
 #include "tools/identifications/PeptideText.h"
+#include "tools/zel/cli/RunFile.h"
 
 #include <QRegularExpression>
 
@@ -96,7 +97,7 @@ Result<QList<TargetedRun>> openRuns(const QList<QString>& paths)
             ZEL_RETURN_ERROR(kBadParameterError,
                              QStringLiteral("two runs are called %1").arg(run.name));
         }
-        ZEL_ASSIGN_OR_RETURN(run.source, msreader::MzmlDataSource::open(path));
+        ZEL_ASSIGN_OR_RETURN(run.source, openRun(path));
         ZEL_ASSIGN_OR_RETURN(run.times, run.source->retentionTimeRange());
         runs.append(run);
     }

@@ -1,8 +1,8 @@
 #include "common/stable/NumberText.h"
 #include "tools/io/TextOutput.h"
-#include "tools/sources/mzml/MzmlDataSource.h"
 #include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/CommandLine.h"
+#include "tools/zel/cli/RunFile.h"
 #include "tools/zel/xic/XicExtraction.h"
 
 #include <QFileInfo>
@@ -125,7 +125,7 @@ Error run(const XicOptions& options, const CommandContext& context)
         ZEL_ASSIGN_OR_RETURN(plot, TextOutput::open(QString::fromStdString(options.plot)));
     }
     const QString path = QString::fromStdString(options.file);
-    ZEL_ASSIGN_OR_RETURN(const auto source, msreader::MzmlDataSource::open(path));
+    ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
     ZEL_RETURN_IF_ERROR(checkHasMsLevel(source.get(), path, options.msLevel));
     ZEL_ASSIGN_OR_RETURN(const QList<NamedXic> xics,
                          extract(options, targets, source.get(), context.progress));

@@ -1,8 +1,8 @@
 #include "common/stable/NumberText.h"
 #include "tools/io/TextOutput.h"
-#include "tools/sources/mzml/MzmlDataSource.h"
 #include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/CommandLine.h"
+#include "tools/zel/cli/RunFile.h"
 #include "turbo/xim/TurboXim.h"
 
 #include <QMap>
@@ -56,7 +56,7 @@ Result<Frame> readFrame(msreader::MsDataSourceInterface* source, long long d1)
         ZEL_ASSIGN_OR_RETURN(frame.scans[scan],
                              source->scanData(MsQuery(id, PeakPickingFilter::Profile)));
         ZEL_ASSIGN_OR_RETURN(const auto scanInfo, source->scanInfo(id));
-        frame.mobilities[scan] = scanInfo.mobility;
+        frame.mobilities[scan] = scanInfo.mobility.value_or(0.0);
     }
     return frame;
 }
@@ -107,7 +107,7 @@ Error run(const XimOptions& options, const CommandContext& /*context*/)
     ZEL_ASSIGN_OR_RETURN(const auto output,
                          TextOutput::open(QString::fromStdString(options.output)));
     const QString path = QString::fromStdString(options.file);
-    ZEL_ASSIGN_OR_RETURN(const auto source, msreader::MzmlDataSource::open(path));
+    ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
     ZEL_ASSIGN_OR_RETURN(const Frame frame, readFrame(source.get(), options.frame));
     if (frame.scans.isEmpty()) {
         ZEL_RETURN_ERROR(
