@@ -181,6 +181,22 @@ TEST_F(SpectrumMatchFileTest, ReadsPepXml)
     displaced.replace("search_hit", "search_hut");
     EXPECT_THAT(read(displaced), HasError(kFileFormatError));
     EXPECT_THAT(read("<?xml version=\"1.0\"?><html></html>"), HasError(kFileFormatError));
+    // What else libpwiz does not survive. The last is no fault of the file.
+    const QByteArray whole = head + run + "</msms_pipeline_analysis>";
+    for (const char* const position : {"9", "0", "-3", "x", ""}) {
+        QByteArray outside = whole;
+        outside.replace("position=\"3\"", QByteArray("position=\"") + position + '"');
+        EXPECT_THAT(read(outside), HasError(kFileFormatError)) << position;
+    }
+    QByteArray withoutSummary = whole;
+    withoutSummary.replace("<search_summary", "<search_summery");
+    EXPECT_THAT(read(withoutSummary), HasError(kFileFormatError));
+    QByteArray unitFirst = whole;
+    unitFirst.replace("Comet", "X! Tandem");
+    unitFirst.replace("\"monoisotopic\"/>",
+                      "\"monoisotopic\"><parameter name=\"spectrum, parent monoisotopic mass error "
+                      "units\" value=\"ppm\"/></search_summary>");
+    EXPECT_EQ(valueOf(read(unitFirst)).matches.size(), 1);
 }
 
 } // namespace zel::identifications

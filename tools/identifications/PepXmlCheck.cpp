@@ -43,38 +43,83 @@ const char* parentOf(QStringView element)
     return found == std::end(kPlaces) ? nullptr : found->parent;
 }
 
+/// Looks at one element after the other.
+class ElementCheck
+{
+public:
+    int runCount() const { return m_runCount; }
+
+    /// \return what is wrong with the element that begins; empty when nothing is
+    QString open(const QXmlStreamReader& xml)
+    {
+        const QString name = xml.name().toString();
+        const char* const parent = parentOf(name);
+        if (parent != nullptr && m_open.value(m_open.size() - 1) != QLatin1StringView(parent)) {
+            return QStringLiteral("%1 does not stand in %2").arg(name, QLatin1StringView(parent));
+        }
+        m_open.append(name);
+        const QXmlStreamAttributes attributes = xml.attributes();
+        if (name == QLatin1StringView("msms_run_summary")) {
+            ++m_runCount;
+        } else if (name == QLatin1StringView("search_summary")) {
+            m_hasSummary = true;
+        } else if (name == QLatin1StringView("spectrum_query") && !m_hasSummary) {
+            return QStringLiteral("no search_summary stands before the first spectrum_query");
+        } else if (name == QLatin1StringView("search_hit")) {
+            m_peptideLength = attributes.value(QLatin1StringView("peptide")).size();
+        } else if (name == QLatin1StringView("mod_aminoacid_mass")) {
+            return faultOfPosition(attributes.value(QLatin1StringView("position")));
+        }
+        return {};
+    }
+
+    void close() { m_open.removeLast(); }
+
+private:
+    QString faultOfPosition(QStringView text) const
+    {
+        bool isNumber = false;
+        const int position = text.toInt(&isNumber);
+        return isNumber && position >= 1 && position <= m_peptideLength
+                   ? QString()
+                   : QStringLiteral("a modification must have a position from 1 to %1, the length "
+                                    "of its peptide, but has \"%2\"")
+                         .arg(QString::number(m_peptideLength), text);
+    }
+
+    QStringList m_open;
+    int m_runCount = 0;
+    bool m_hasSummary = false;
+    qsizetype m_peptideLength = 0;
+};
+
 } // namespace
 
 Error checkPepXml(QIODevice* file)
 {
     QXmlStreamReader xml(file);
-    QStringList open;
-    int runCount = 0;
-    while (!xml.atEnd()) {
+    ElementCheck elements;
+    QString fault;
+    while (!xml.atEnd() && fault.isEmpty()) {
         const QXmlStreamReader::TokenType token = xml.readNext();
-        if (token == QXmlStreamReader::EndElement) {
-            open.removeLast();
-        } else if (token == QXmlStreamReader::StartElement) {
-            const char* const parent = parentOf(xml.name());
-            if (parent != nullptr && open.value(open.size() - 1) != QLatin1StringView(parent)) {
-                ZEL_RETURN_ERROR(kFileFormatError,
-                                 QStringLiteral("line %1: %2 does not stand in %3")
-                                     .arg(xml.lineNumber())
-                                     .arg(xml.name(), QLatin1StringView(parent)));
-            }
-            runCount += xml.name() == QLatin1StringView("msms_run_summary") ? 1 : 0;
-            open.append(xml.name().toString());
+        if (token == QXmlStreamReader::StartElement) {
+            fault = elements.open(xml);
+        } else if (token == QXmlStreamReader::EndElement) {
+            elements.close();
         }
     }
     if (xml.hasError()) {
+        fault = xml.errorString();
+    }
+    if (!fault.isEmpty()) {
         ZEL_RETURN_ERROR(
             kFileFormatError,
-            QStringLiteral("line %1: %2").arg(xml.lineNumber()).arg(xml.errorString()));
+            QStringLiteral("line %1: %2").arg(QString::number(xml.lineNumber()), fault));
     }
-    if (runCount != 1) {
+    if (elements.runCount() != 1) {
         ZEL_RETURN_ERROR(kFileFormatError,
                          QStringLiteral("a pepXML file of one run is wanted, but this one has %1")
-                             .arg(runCount));
+                             .arg(elements.runCount()));
     }
     return kNoError;
 }
