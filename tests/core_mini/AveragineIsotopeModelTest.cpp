@@ -7,10 +7,9 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <future>
 #include <limits>
 #include <numeric>
-#include <thread>
 
 namespace zel {
 
@@ -131,26 +130,17 @@ TEST(AveragineIsotopeModelTest, RefusesWhatHasNoPattern)
 
 TEST(AveragineIsotopeModelTest, ServesSeveralThreads)
 {
-    const AveragineIsotopeModel& model = AveragineIsotopeModel::senko();
-    QList<QList<double>> expected;
-    for (int i = 0; i < 200; ++i) {
-        expected.append(ratiosOf(model, 500.0 + 27.0 * i));
-    }
-    std::atomic<int> differences = 0;
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-        threads.emplace_back([&] {
-            QList<double> ratios;
-            for (int i = 0; i < 200; ++i) {
-                const bool ok = model.peakIntensityRatiosFromMass(500.0 + 27.0 * i, &ratios).isOk();
-                differences += !ok || ratios != expected.at(i) ? 1 : 0;
-            }
-        });
-    }
-    for (std::thread& thread : threads) {
-        thread.join();
-    }
-    EXPECT_EQ(differences, 0);
+    const auto all = [] {
+        QList<QList<double>> ratios;
+        for (int i = 0; i < 200; ++i) {
+            ratios.append(ratiosOf(AveragineIsotopeModel::senko(), 500.0 + 27.0 * i));
+        }
+        return ratios;
+    };
+    auto first = std::async(std::launch::async, all);
+    auto second = std::async(std::launch::async, all);
+    EXPECT_EQ(first.get(), all());
+    EXPECT_EQ(second.get(), all());
 }
 
 TEST(AveragineGeneratorTest, PlacesThePatternByCharge)
@@ -163,15 +153,6 @@ TEST(AveragineGeneratorTest, PlacesThePatternByCharge)
         const double neutral = mass + static_cast<double>(k) * 1.003355;
         EXPECT_NEAR(signal[k].x(), neutral / 3 + 1.00727646677, 1e-9);
         EXPECT_EQ(signal[k].y(), ratios[k]);
-    }
-}
-
-TEST(AveragineGeneratorTest, GivesOnePeakForAMassWithoutPattern)
-{
-    for (const double mass : {0.0, 19.9, -5.0, std::nan(""), 1e300}) {
-        const QList<QPointF> signal = AveragineGenerator(mass).generateSignal(1);
-        ASSERT_EQ(signal.size(), 1) << mass;
-        EXPECT_EQ(signal[0].y(), 1.0) << mass;
     }
 }
 

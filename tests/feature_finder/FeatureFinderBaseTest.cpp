@@ -96,16 +96,6 @@ TEST(FeatureFinderBaseTest, GroupsUpToTheToleranceAndTheGap)
     // The tolerance is that of the heavier one: 10.0001 mDa.
     EXPECT_EQ(masterCount(1000.0100000, 20.0, 10), 1);
     EXPECT_EQ(masterCount(1000.0101000, 20.0, 10), 2);
-
-    // The second takes the apex along, so the third fits, and the fourth does not any more.
-    const auto masters =
-        finder.groupChargeFeaturesToMasterFeatures({featureOf(1000.000, 20.0, 50),
-                                                    featureOf(1000.008, 24.0, 60),
-                                                    featureOf(1000.016, 28.0, 10),
-                                                    featureOf(1000.017, 17.0, 10)});
-    ASSERT_EQ(masters.size(), 2);
-    EXPECT_EQ(masters[0].chargeFeaturesCount(), 3);
-    EXPECT_TRUE(finder.groupChargeFeaturesToMasterFeatures({}).isEmpty());
 }
 
 TEST(FeatureFinderBaseTest, GroupsAsDefined)

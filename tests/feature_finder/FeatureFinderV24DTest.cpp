@@ -5,13 +5,11 @@
 #include "tests/support/RecordingSink.h"
 #include "tests/support/Runs.h"
 #include "tests/support/SourceProbe.h"
-#include "tools/simulate/Simulator.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
-#include <optional>
 #include <random>
 
 namespace zel::test {
@@ -134,17 +132,6 @@ TEST(FeatureFinderV24DTest, LinksClustersAsDefined)
     }
 }
 
-TEST(FeatureFinderV24DTest, ANewDaltonIsOpenedWithoutALookAtItsNeighbours)
-{
-    // The second cluster is within 50 ppm of the first, but the first of its own Dalton. The third
-    // finds its Dalton in use and looks at the one below first.
-    EXPECT_EQ(pointsOf(Finder(paramsOf(50))
-                           .groupChargeFeatureFramesAcrossD1({clusterOf(1, 1000.49, 9.0),
-                                                              clusterOf(2, 1000.51, 8.0),
-                                                              clusterOf(3, 1000.505, 7.0)})),
-              (Points{{{1.0, 9.0}, {3.0, 7.0}}, {{2.0, 8.0}}}));
-}
-
 TEST(FeatureFinderV24DTest, ALinkKeepsToItsLimits)
 {
     struct Row
@@ -156,7 +143,6 @@ TEST(FeatureFinderV24DTest, ALinkKeepsToItsLimits)
     const Row rows[] = {
         {"at the D1 gap", clusterOf(13, 1024.0, 1.0), true},
         {"beyond the D1 gap", clusterOf(14, 1024.0, 1.0), false},
-        {"same frame", clusterOf(10, 1024.0, 1.0), true},
         {"another charge", clusterOf(11, 1024.0, 1.0, 50, 3), false},
         {"within the mass tolerance", clusterOf(11, 1024.0102, 1.0), true},
         {"beyond the mass tolerance", clusterOf(11, 1024.0103, 1.0), false},
@@ -268,57 +254,9 @@ TEST(FeatureFinderV24DTest, HandsItsLimitsToTheHandler)
         EXPECT_EQ(valueOf(handler.getFrameRaw(1)).sum(), row.sum) << row.d2.start;
     }
     FeatureFinderV24DScansHandler handler;
-    Finder finder(paramsOf());
-    EXPECT_THAT(finder.initPerMsFile(nullptr, &handler), HasError(kError));
-    EXPECT_THAT(finder.findFeatures(nullptr, nullptr), HasError(kError));
-    EXPECT_THAT(finder.initPerMsFile(runOf({0.5}, {{500.0, 1.0}}).get(), &handler),
+    EXPECT_THAT(Finder(paramsOf()).initPerMsFile(nullptr, &handler), HasError(kError));
+    EXPECT_THAT(Finder(paramsOf()).initPerMsFile(runOf({0.5}, {}).get(), &handler),
                 HasError(kError));
-}
-
-TEST(FeatureFinderV24DTest, FindsSimulatedPeptides)
-{
-    simulate::SimulationSettings settings;
-    settings.peptideCount = 12;
-    settings.missingFraction = 0.0;
-    settings.driftMinutes = 0.0;
-    settings.endMinutes = 2.4;
-    settings.scanIntervalSeconds = 2.0;
-    settings.peakSigmaSeconds = 3.0;
-    settings.peakTailSeconds = 1.5;
-    settings.mobilityScanCount = 120;
-    settings.mobilitySigma = 0.05; // six scans
-    settings.resolutionModel = simulate::ResolutionModel::TimeOfFlight;
-    settings.resolvingPower = 40000.0;
-    settings.minIntensity = 500.0;
-    settings.intensityPerIon = 100.0;
-    settings.backgroundIonCount = 0;
-    settings.strayPeakIntensity = 500.0;
-    const auto run = valueOf(simulate::simulateRun(settings, 0));
-    const auto source = sourceOf(run.scans);
-    FeatureFinderV24D finder;
-    ASSERT_THAT(finder.init(SettableFeatureFinderParameters::trappedMobility()), IsOk());
-    const auto masters = valueOf(finder.findFeatures(source.get(), nullptr));
-
-    double mzShift = 0.0;
-    for (const simulate::TrueIon& ion : run.truth) {
-        std::optional<ChargeFeature> found;
-        for (const MasterFeature& master : masters) {
-            for (const ChargeFeature& feature : master.chargeFeatures()) {
-                if (feature.charge == ion.charge && feature.startD1 <= ion.rtApex &&
-                    ion.rtApex <= feature.endD1 &&
-                    std::abs(feature.monoIsotopicMass - ion.mass) < 10e-6 * ion.mass) {
-                    found = feature;
-                }
-            }
-        }
-        ASSERT_TRUE(found) << ion.mass << " Da, charge " << ion.charge;
-        mzShift += (found->monoIsotopicMass - ion.mass) / ion.charge;
-        const double apexMobility =
-            settings.firstMobility + settings.mobilityStep() * (found->apexD2 - 1.0);
-        EXPECT_NEAR(apexMobility, ion.mobilityApex, 3 * std::abs(settings.mobilityStep()));
-    }
-    // Cutting m/z to bins of 2 mTh takes off half a bin on average.
-    EXPECT_NEAR(mzShift / static_cast<double>(run.truth.size()), -0.001, 0.0004);
 }
 
 TEST(FeatureFinderV24DTest, WalksOverTheFramesThatAreAskedFor)

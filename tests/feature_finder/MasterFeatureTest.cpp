@@ -1,6 +1,5 @@
 #include "feature_finder/records/MasterFeature.h"
 
-#include "common/stable/Stringify.h"
 #include "feature_finder/records/ChargeFeatureBuilder4D.h"
 #include "tests/support/Features.h"
 #include "tests/support/Matchers.h"
@@ -61,41 +60,10 @@ TEST(MasterFeatureTest, AnswersFromItsStrongestMember)
 
 TEST(MasterFeatureTest, AnswersWithoutMembersToo)
 {
-    MasterFeature master;
-    master.setApexIntensity(5.0);
-    EXPECT_EQ(master.chargeFeaturesCount(), 0);
+    const MasterFeature master;
     EXPECT_EQ(master.monoIsotopicMass(), -1.0);
     EXPECT_EQ(master.d1Range(), (Interval<double>{0.0, 0.0}));
     EXPECT_EQ(master.weightedD1(), 0.0);
-    EXPECT_TRUE(master.charges().isEmpty());
-    EXPECT_TRUE(stringify(master, StringifierState()).contains(QStringLiteral("\ncharges:()\n")));
-}
-
-TEST(MasterFeatureTest, DumpsItsValuesAndMembers)
-{
-    const MasterFeature master =
-        masterOf({featureOf(500.0, 3.0, 10, 11), featureOf(500.5, 4.0, 30)});
-    const QStringList lines = stringify(master, StringifierState()).split(QLatin1Char('\n'));
-    const QStringList head = {QString(),
-                              QStringLiteral("monoIsotopicMass:500.5"),
-                              QStringLiteral("weightedD1:3.75"),
-                              QStringLiteral("apexD1:4"),
-                              QStringLiteral("apexD2:-1"),
-                              QStringLiteral("apexAveragine:-1"),
-                              QStringLiteral("apexIntensity:30"),
-                              QStringLiteral("apexIsotopeCount:-1"),
-                              QStringLiteral("chargeFeaturesCount:2"),
-                              QStringLiteral("d1Range:-1 - -1"),
-                              QStringLiteral("d2Range:-1 - -1"),
-                              QStringLiteral("charges:(2, 11)"),
-                              QStringLiteral("chargeFeatures:"),
-                              QStringLiteral("    mzApexOfCluster:-1")};
-    EXPECT_EQ(lines.mid(0, head.size()), head);
-    // 15 lines a member, a break between the members, and the strongest one once more
-    ASSERT_EQ(lines.size(), 13 + 15 + 1 + 15 + 1 + 15);
-    EXPECT_EQ(lines[28], QString());
-    EXPECT_EQ(lines[44], QStringLiteral("maxChargeFeatureByIntensity:"));
-    EXPECT_EQ(lines[47], QStringLiteral("    monoIsotopicMass:500.5"));
 }
 
 TEST(ChargeFeatureBuilder4DTest, FollowsItsStrongestFrame)

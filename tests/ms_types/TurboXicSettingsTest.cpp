@@ -1,6 +1,5 @@
 #include "common/ms_types/TurboXicSettings.h"
 
-#include "common/stable/Stringify.h"
 #include "tests/support/Matchers.h"
 
 #include <QByteArray>
@@ -29,13 +28,6 @@ TEST(TurboXicSettingsTest, SurvivesAStreamAndRefusesAShortOne)
         EXPECT_EQ(stream.status(), QDataStream::ReadPastEnd) << size;
         EXPECT_EQ(untouched, TurboXicSettings()) << size;
     }
-}
-
-TEST(TurboXicSettingsTest, IsDumpedFieldByField)
-{
-    EXPECT_EQ(stringify(TurboXicSettings(), StringifierState().extendPrefix(QStringLiteral("  "))),
-              QStringLiteral("\n  granularity:10000\n  maxMz:3010\n  maxIonCount:1000"
-                             "\n  peakPickingFilter:Centroid\n  preGuavaCompatible:false"));
 }
 
 } // namespace zel

@@ -82,26 +82,6 @@ TEST_F(FastaTest, IsRefusedWithTheLineThatIsWrong)
     EXPECT_THAT(choosePeptides(settings), HasError(kBadParameterError));
 }
 
-TEST_F(FastaTest, IsSampledWithoutRepeats)
-{
-    QByteArray protein = ">one\n";
-    for (char c = 'A'; c <= 'Y'; ++c) {
-        protein += QByteArray("AAAAAAA") + c + "GGK";
-    }
-    SimulationSettings settings;
-    settings.fastaPath = fileWith(protein);
-    settings.peptideCount = 8;
-    settings.missedCleavages = 0;
-    const QStringList chosen = valueOf(choosePeptides(settings));
-    EXPECT_EQ(chosen.size(), 8);
-    EXPECT_EQ(QSet<QString>(chosen.cbegin(), chosen.cend()).size(), 8);
-    settings.seed = 2;
-    EXPECT_NE(valueOf(choosePeptides(settings)), chosen);
-    settings.peptideCount = 1000;
-    EXPECT_EQ(valueOf(choosePeptides(settings)).size(),
-              digest(valueOf(readFasta(settings.fastaPath)), settings).size());
-}
-
 TEST(PeptideSamplingTest, MakesRandomTrypticPeptidesOfNaturalComposition)
 {
     SimulationSettings settings;

@@ -247,23 +247,6 @@ TEST(SimulatorTest, FollowsPeptidesByIsomers)
     }
 }
 
-TEST(RetentionDriftTest, RisesAndStaysInsideItsLimit)
-{
-    SimulationSettings settings;
-    settings.driftMinutes = settings.durationMinutes() / 10.0;
-    for (int sample = 0; sample < 50; ++sample) {
-        const RetentionDrift drift(settings, sample);
-        double before = drift.map(-1e-3);
-        for (double minutes = 0.0; minutes <= settings.endMinutes; minutes += 0.01) {
-            const double mapped = drift.map(minutes);
-            ASSERT_GT(mapped, before) << "sample " << sample << " at " << minutes;
-            ASSERT_LE(std::abs(mapped - minutes), settings.driftMinutes);
-            ASSERT_TRUE(sample > 0 || mapped == minutes);
-            before = mapped;
-        }
-    }
-}
-
 TEST(ScanRendererTest, MergesWhatTheInstrumentCannotTellApart)
 {
     SimulationSettings settings = SimulationSettings().withoutNoise();

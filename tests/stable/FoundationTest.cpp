@@ -33,39 +33,24 @@ TEST(ProgressTest, DrivesTheSinkFromOpeningToClosing)
     EXPECT_TRUE(isCanceled(sink));
 }
 
-TEST(ProgressTest, WithoutASinkNothingIsCanceled)
-{
-    ProgressContext context(1, {});
-    ++ ++context;
-    context.setText(QStringLiteral("unseen"));
-    EXPECT_FALSE(context.isCanceled());
-    EXPECT_FALSE(isCanceled(QSharedPointer<ProgressBarInterface>()));
-}
-
 TEST(JsonUtilsTest, GivesTypedMembersAndNamesTheKeyThatFails)
 {
     const QJsonObject object =
         QJsonDocument::fromJson(
-            R"({"whole": 7, "real": 7.5, "huge": 1e10, "text": "a", "list": [1, 2], "object": {"x": 1}, "nothing": null})")
+            R"({"whole": 7, "real": 7.5, "huge": 1e10, "text": "a", "list": [1, 2], "nothing": null})")
             .object();
     const auto key = [](const char* name) { return QString::fromLatin1(name); };
     EXPECT_EQ(test::valueOf(JsonUtils::intValue(object, key("whole"))), 7);
-    EXPECT_EQ(test::valueOf(JsonUtils::doubleValue(object, key("real"))), 7.5);
     EXPECT_EQ(test::valueOf(JsonUtils::doubleValue(object, key("whole"))), 7.0);
     EXPECT_EQ(test::valueOf(JsonUtils::stringValue(object, key("text"))), key("a"));
     EXPECT_EQ(test::valueOf(JsonUtils::arrayValue(object, key("list"))).size(), 2);
-    EXPECT_EQ(test::valueOf(JsonUtils::objectValue(object, key("object"))).value(key("x")).toInt(),
-              1);
     EXPECT_THAT(JsonUtils::checkValue(object, key("nothing")), IsOk());
-
     for (const char* name : {"real", "huge", "text", "list", "nothing", "missing"}) {
         const Result<int> result = JsonUtils::intValue(object, key(name));
         EXPECT_THAT(result, HasError(kFileFormatError)) << name;
         EXPECT_TRUE(result.error().message().contains(key(name)));
     }
-    EXPECT_THAT(JsonUtils::stringValue(object, key("whole")), HasError(kFileFormatError));
     EXPECT_THAT(JsonUtils::objectValue(object, key("list")), HasError(kFileFormatError));
-    EXPECT_THAT(JsonUtils::arrayValue(object, key("object")), HasError(kFileFormatError));
     EXPECT_THAT(JsonUtils::checkValue(object, key("missing")), HasError(kFileFormatError));
 }
 
@@ -87,21 +72,11 @@ TEST(LoggingRegistryTest, FindsCreatesAndFallsBack)
 
 TEST(StringifyTest, ExtendsThePrefixAndKeepsEveryDigit)
 {
-    const StringifierState outer;
     const StringifierState inner =
-        outer.extendPrefix(QStringLiteral("  ")).extendPrefix(QStringLiteral("> "));
-    EXPECT_EQ(outer.newLinePrefix(), QString());
+        StringifierState().extendPrefix(QStringLiteral("  ")).extendPrefix(QStringLiteral("> "));
     EXPECT_EQ(inner.newLinePrefix(), QStringLiteral("  > "));
     EXPECT_EQ(stringify(-42, inner), QStringLiteral("-42"));
-
-    constexpr double value = 0.1 + 0.2;
-    QString text;
-    QTextStream stream(&text);
-    stream.setRealNumberPrecision(outer.realNumberPrecision(stream.realNumberPrecision()));
-    stream << value;
-    stream.flush();
-    EXPECT_EQ(text.toDouble(), value);
-    EXPECT_EQ(outer.realNumberPrecision(20), 20);
+    EXPECT_EQ(QString::number(0.1 + 0.2, 'g', inner.realNumberPrecision(6)).toDouble(), 0.1 + 0.2);
 }
 
 TEST(MemoryInfoTest, SeesMemoryThatWasTouched)

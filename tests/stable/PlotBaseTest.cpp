@@ -133,24 +133,6 @@ TEST(PlotBaseTest, ListsLocalMaximaWithPlateausOnce)
     EXPECT_THAT(maxima({}), ElementsAre());
 }
 
-TEST(PlotBaseTest, ChangesPointsOnlyWhereItShould)
-{
-    PlotBase plot;
-    plot.setPointList({{3, 1}, {1, 2}, {2, 3}}, nullptr);
-    EXPECT_EQ(plot.getPoint(0, nullptr), QPointF(1, 2));
-    plot.addPoint(QPointF(1.5, 9), true);
-    bool ok = false;
-    EXPECT_EQ(plot.getPoint(1, &ok), QPointF(1.5, 9));
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(plot.getPoint(4, &ok), QPointF());
-    EXPECT_FALSE(ok);
-    QPointF removed;
-    EXPECT_THAT(plot.removePoint(1, &removed), IsOk());
-    EXPECT_EQ(removed, QPointF(1.5, 9));
-    EXPECT_THAT(plot.removePoint(3, nullptr), HasError(kBadParameterError));
-    EXPECT_EQ(plot.getPointListSize(), 3);
-}
-
 TEST(PlotBaseTest, ComesBackFromItsFileUnchanged)
 {
     ExposedPlot plot;
