@@ -3,7 +3,12 @@
 #include "common/stable/NumberText.h"
 
 #include <QFileInfo>
+#include <QHash>
 #include <QSaveFile>
+
+#include <algorithm>
+#include <functional>
+#include <utility>
 
 namespace zel::simulate {
 
@@ -37,9 +42,7 @@ QByteArray row(const TrueIon& ion)
     return columns.join('\t') + '\n';
 }
 
-} // namespace
-
-Error writeTruth(const QString& path, const QList<TrueIon>& ions)
+Error writeTable(const QString& path, const QByteArray& header, const QByteArrayList& rows)
 {
     QSaveFile file(path);
     const QFileInfo info(path); // a QSaveFile would put a file in the place of a device
@@ -48,15 +51,85 @@ Error writeTruth(const QString& path, const QList<TrueIon>& ions)
             kFileOpenError,
             QStringLiteral("File %1 cannot be written: %2").arg(path, file.errorString()));
     }
-    file.write(kHeader);
-    for (const TrueIon& ion : ions) {
-        file.write(row(ion));
-    }
+    file.write(header + rows.join());
     if (!file.commit()) { // tells of failed writes too
         ZEL_RETURN_ERROR(
             kError, QStringLiteral("File %1 was not written: %2").arg(path, file.errorString()));
     }
     return kNoError;
+}
+
+QByteArray windowRow(const TrueIon& ion)
+{
+    const QByteArrayList columns = {ion.sequence.toUtf8() + '/' + QByteArray::number(ion.charge) +
+                                        '+',
+                                    roundTripText(ion.mz),
+                                    QByteArrayLiteral("10"),
+                                    roundTripText(ion.rtStart),
+                                    roundTripText(ion.rtEnd)};
+    return columns.join('\t') + '\n';
+}
+
+QByteArray matchRow(const TrueIon& ion, const QString& run)
+{
+    const QByteArrayList columns = {run.toUtf8(),
+                                    ion.sequence.toUtf8(),
+                                    QByteArray::number(ion.charge),
+                                    roundTripText(ion.rtApex),
+                                    roundTripText(ion.mz)};
+    return columns.join('\t') + '\n';
+}
+
+/// The ions of all samples as if they were of one: limits over all, the highest intensity; the
+/// strongest first.
+QList<TrueIon> overAllSamples(const QList<TrueIon>& ions)
+{
+    QHash<std::pair<QString, int>, qsizetype> places;
+    QList<TrueIon> merged;
+    for (const TrueIon& ion : ions) {
+        const auto key = std::pair(ion.sequence, ion.charge);
+        const auto known = places.constFind(key);
+        if (known == places.cend()) {
+            places.insert(key, merged.size());
+            merged.append(ion);
+            continue;
+        }
+        TrueIon& whole = merged[*known];
+        whole.rtStart = std::min(whole.rtStart, ion.rtStart);
+        whole.rtEnd = std::max(whole.rtEnd, ion.rtEnd);
+        whole.apexIntensity = std::max(whole.apexIntensity, ion.apexIntensity);
+    }
+    std::ranges::stable_sort(merged, std::ranges::greater(), &TrueIon::apexIntensity);
+    return merged;
+}
+
+} // namespace
+
+Error writeTruth(const QString& path, const QList<TrueIon>& ions)
+{
+    QByteArrayList rows;
+    for (const TrueIon& ion : ions) {
+        rows.append(row(ion));
+    }
+    return writeTable(path, kHeader, rows);
+}
+
+Error writeWindows(const QString& path, const QList<TrueIon>& ions)
+{
+    QByteArrayList rows;
+    for (const TrueIon& ion : overAllSamples(ions)) {
+        rows.append(windowRow(ion));
+    }
+    return writeTable(path, "name\tmz\tppm\trt_start\trt_end\n", rows);
+}
+
+Error writeMatches(const QString& path, const QList<TrueIon>& ions, const QStringList& runs)
+{
+    QByteArrayList rows;
+    for (const TrueIon& ion : ions) {
+        rows.append(matchRow(ion, runs[ion.sample]));
+    }
+    return writeTable(path, "run\tsequence\tcharge\trt\tmz\n", rows);
 }
 
 } // namespace zel::simulate

@@ -4,6 +4,7 @@
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 namespace zel::simulate {
 
@@ -34,5 +35,16 @@ struct TrueIon
 /// or not at all.
 /// \return kFileOpenError, or kError when it cannot be written to the end
 Error writeTruth(const QString& path, const QList<TrueIon>& ions);
+
+/// Writes windows as `zel xic --windows` reads them: one for each ion, the strongest first, of 10
+/// ppm around its m/z and of the times between its limits, over all samples that hold it.
+/// \return as writeTruth
+Error writeWindows(const QString& path, const QList<TrueIon>& ions);
+
+/// Writes spectrum matches as `zel targeted --psms` reads them: one for each ion and sample, at its
+/// apex.
+/// \param runs  the files of the samples, in their order
+/// \return as writeTruth
+Error writeMatches(const QString& path, const QList<TrueIon>& ions, const QStringList& runs);
 
 } // namespace zel::simulate

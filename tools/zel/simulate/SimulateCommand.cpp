@@ -21,6 +21,8 @@ struct SimulateOptions
     std::string fasta;
     std::string output;
     std::string truth;
+    std::string windows;
+    std::string matches;
     bool profile = false;
     bool timeOfFlight = false;
     bool noNoise = false;
@@ -75,17 +77,26 @@ Error run(const SimulateOptions& options, const CommandContext& context)
         options.truth.empty() ? defaultTruthPath(output) : QString::fromStdString(options.truth);
     context.progress->setText(QStringLiteral("Simulating"));
     QList<simulate::TrueIon> truth;
+    QStringList runs;
     for (int sample = 0; sample < settings.sampleCount; ++sample) {
         ZEL_ASSIGN_OR_RETURN(const SimulatedRun simulated,
                              simulateRun(settings, sample, context.progress));
         const QString path = runPath(output, sample, settings.sampleCount);
         ZEL_RETURN_IF_ERROR(msreader::writeMzml(path, simulated.scans, writer, context.progress));
         truth += simulated.truth;
+        runs += QFileInfo(path).fileName();
         std::cout << path.toStdString() << ": " << simulated.scans.size() << " scans, "
                   << simulated.truth.size() << " peptide ions\n";
     }
     ZEL_RETURN_IF_ERROR(simulate::writeTruth(truthPath, truth));
     std::cout << truthPath.toStdString() << ": the truth\n";
+    if (!options.windows.empty()) {
+        ZEL_RETURN_IF_ERROR(simulate::writeWindows(QString::fromStdString(options.windows), truth));
+    }
+    if (!options.matches.empty()) {
+        ZEL_RETURN_IF_ERROR(
+            simulate::writeMatches(QString::fromStdString(options.matches), truth, runs));
+    }
     return e;
 }
 
@@ -217,6 +228,13 @@ void addSimulateCommand(CLI::App& tool, CommandAction& chosen)
     command->add_option("--truth",
                         options->truth,
                         "Table of what the runs hold (TSV); NAME.truth.tsv if not given");
+    command->add_option("--windows-out",
+                        options->windows,
+                        "Table of windows around the ions, the strongest first, for xic --windows");
+    command->add_option(
+        "--psms-out",
+        options->matches,
+        "Table of spectrum matches, one at the apex of each ion, for targeted --psms");
     addPeptideOptions(*command, *options);
     addRunOptions(*command, *options);
     addMobilityOptions(*command, *options);
