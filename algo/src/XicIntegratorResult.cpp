@@ -117,7 +117,7 @@ Result<QList<Interval<double>>> XicIntegratorResult::peakLimitsWithRetentionTime
         return QList<Interval<double>>();
     }
     ZEL_ASSIGN_OR_RETURN(
-        const QList<Interval<double>> pieces,
+        QList<Interval<double>> pieces,
         applySplitPoints(peaksLimitsAndSplitsContainingRetentionTime(), m_minPeakWidth));
     return pieces;
 }
