@@ -3,7 +3,7 @@
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "zel_algo developers")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
-set(CPACK_OUTPUT_FILE_PREFIX "${PROJECT_BINARY_DIR}/packages")
+set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL runtime dev)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
@@ -12,9 +12,8 @@ set(CPACK_DEBIAN_PACKAGE_SECTION science)
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME zel)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
-    "Features and chromatograms of LC-MS proteomics runs
- The command-line tool zel reads mzML and mzXML files, with or without ion
- mobility, and the library libzel_algo does the work."
+    "The command-line tool zel, which reads mzML and mzXML files, and the library
+libzel_algo, which does the work."
 )
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${CMAKE_LIBRARY_OUTPUT_DIRECTORY}")
@@ -25,8 +24,8 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS libqt6sql6-sqlite)
 set(CPACK_DEBIAN_DEV_PACKAGE_NAME libzel-algo-dev)
 set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
 set(CPACK_COMPONENT_DEV_DESCRIPTION
-    "Headers of libzel_algo, algorithms for LC-MS proteomics
- For C++20 programs: find_package(zel_algo) in CMake gives zel::algo."
+    "Headers of the library libzel_algo for C++20 programs: find_package(zel_algo)
+in CMake gives zel::algo."
 )
 set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "zel (= ${PROJECT_VERSION}), qt6-base-dev (>= 6.4), libeigen3-dev (>= 3.4)")
 

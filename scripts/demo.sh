@@ -12,31 +12,27 @@ out=build/demo
 mkdir -p "$out"
 echo
 echo "A run of 20 minutes with 200 peptides:"
-"$zel" simulate -o "$out/run.mzML" --minutes 20 --peptides 200 --seed 7
+"$zel" simulate -o "$out/run.mzML" --minutes 20 --peptides 200 --seed 7 --windows-out "$out/windows.tsv"
 "$zel" info "$out/run.mzML"
-
-# Windows of 10 ppm and three minutes around the eight strongest ions of the truth.
-awk -F'\t' '
-    NR == 1 { for (i = 1; i <= NF; ++i) column[$i] = i; next }
-    { print $column["apex_intensity"] "\t" $column["sequence"] "/" $column["charge"] "+\t" $column["mz"] "\t" $column["rt_apex"] }
-' "$out/run.truth.tsv" | sort -k1,1gr | awk -F'\t' '!seen[$2]++' | sed -n 1,8p > "$out/strongest.tsv"
-{
-    printf 'name\tmz\tppm\trt_start\trt_end\n'
-    awk -F'\t' '{ printf "%s\t%s\t10\t%s\t%s\n", $2, $3, $4 - 1.5, $4 + 1.5 }' "$out/strongest.tsv"
-} > "$out/windows.tsv"
-
-"$zel" xic "$out/run.mzML" --windows "$out/windows.tsv" -o "$out/xics.tsv" --plot "$out/xics.html"
+head -n 9 "$out/windows.tsv" > "$out/strongest.tsv"
+"$zel" xic "$out/run.mzML" --windows "$out/strongest.tsv" -o "$out/xics.tsv" --plot "$out/xics.html"
 echo
 awk -F'\t' '
-    FNR == NR { apex[$2] = $4; mz[$2] = $3; order[++count] = $2; next }
-    FNR > 1 { ++points[$1]; if ($3 > height[$1]) { height[$1] = $3; time[$1] = $2 } }
+    FNR == 1 { ++file; for (i = 1; i <= NF; ++i) column[$i] = i; next }
+    file == 1 { truth[$column["sequence"] "/" $column["charge"] "+"] = $column["rt_apex"] }
+    file == 2 { mz[$column["name"]] = $column["mz"]; order[++count] = $column["name"] }
+    file == 3 {
+        name = $column["name"]
+        ++points[name]
+        if ($column["intensity"] > height[name]) { height[name] = $column["intensity"]; apex[name] = $column["rt_min"] }
+    }
     END {
         printf "%-34s %10s %7s %13s %13s %12s\n", "ion", "m/z", "points", "apex (min)", "truth (min)", "intensity"
         for (i = 1; i <= count; ++i) {
             name = order[i]
-            printf "%-34s %10.4f %7d %13.3f %13.3f %12.4g\n", name, mz[name], points[name], time[name], apex[name], height[name]
+            printf "%-34s %10.4f %7d %13.3f %13.3f %12.4g\n", name, mz[name], points[name], apex[name], truth[name], height[name]
         }
     }
-' "$out/strongest.tsv" "$out/xics.tsv"
+' "$out/run.truth.tsv" "$out/strongest.tsv" "$out/xics.tsv"
 echo
 echo "Chromatograms: $out/xics.tsv, drawn in $out/xics.html (open it in any browser)"

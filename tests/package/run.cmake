@@ -54,7 +54,7 @@ try_prefix("${WORK_DIR}/prefix" "${WORK_DIR}/installed")
 
 cmake_path(GET CMAKE_COMMAND PARENT_PATH cmake_folder)
 run("${cmake_folder}/cpack" --config "${BUILD_DIR}/CPackConfig.cmake" -B "${WORK_DIR}/packages")
-file(GLOB_RECURSE packages "${WORK_DIR}/packages/*.deb")
+file(GLOB packages "${WORK_DIR}/packages/*.deb")
 list(LENGTH packages count)
 if(NOT count EQUAL 2)
     message(FATAL_ERROR "Expected the packages zel and libzel-algo-dev, but found ${packages}")
