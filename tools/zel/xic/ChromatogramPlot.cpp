@@ -1,10 +1,13 @@
 #include "tools/zel/xic/ChromatogramPlot.h"
 
-#include <QStringList>
+#include "common/stable/SvgElement.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
+#include <locale>
+#include <sstream>
 
 namespace zel::tool {
 
@@ -38,6 +41,11 @@ struct Axis
         return pixelAtLow + (value - low) / (high - low) * (pixelAtHigh - pixelAtLow);
     }
 };
+
+std::string escaped(const QString& text)
+{
+    return text.toHtmlEscaped().toStdString();
+}
 
 double peakHeight(const NamedXic& xic)
 {
@@ -92,71 +100,84 @@ Axis makeAxis(double low, double high, double pixelAtLow, double pixelAtHigh)
     return {low - margin, high + margin, pixelAtLow, pixelAtHigh};
 }
 
-QString line(double x1, double y1, double x2, double y2, const char* colour)
+void drawLine(double x1, double y1, double x2, double y2, const char* colour, std::ostream& out)
 {
-    return QStringLiteral("<line x1=\"%1\" y1=\"%2\" x2=\"%3\" y2=\"%4\" stroke=\"%5\"/>\n")
-        .arg(x1)
-        .arg(y1)
-        .arg(x2)
-        .arg(y2)
-        .arg(QString::fromLatin1(colour));
+    SvgElement(out, "line")
+        .set("x1", x1)
+        .set("y1", y1)
+        .set("x2", x2)
+        .set("y2", y2)
+        .set("stroke", colour)
+        .end();
+    out << '\n';
 }
 
-QString label(double x, double y, const char* anchor, const QString& text)
+void drawLabel(double x, double y, const char* anchor, const QString& text, std::ostream& out)
 {
-    return QStringLiteral("<text x=\"%1\" y=\"%2\" text-anchor=\"%3\">%4</text>\n")
-        .arg(x)
-        .arg(y)
-        .arg(QString::fromLatin1(anchor), text.toHtmlEscaped());
+    SvgElement(out, "text").set("x", x).set("y", y).set("text-anchor", anchor).end(escaped(text));
+    out << '\n';
 }
 
-QString drawAxes(const Axis& time, const Axis& intensity)
+void drawAxes(const Axis& time, const Axis& intensity, std::ostream& out)
 {
-    QString svg;
+    constexpr const char* gridColour = "#e4e4e4";
+    constexpr const char* axisColour = "#444";
+    constexpr double right = kLeft + kWidth;
+    constexpr double bottom = kTop + kHeight;
     for (const double value : ticks(time)) {
-        svg += line(time.pixel(value), kTop, time.pixel(value), kTop + kHeight, "#e4e4e4");
-        svg +=
-            label(time.pixel(value), kTop + kHeight + 18, "middle", QString::number(value, 'g', 6));
+        const double x = time.pixel(value);
+        drawLine(x, kTop, x, bottom, gridColour, out);
+        drawLabel(x, bottom + 18, "middle", QString::number(value, 'g', 6), out);
     }
     for (const double value : ticks(intensity)) {
-        svg +=
-            line(kLeft, intensity.pixel(value), kLeft + kWidth, intensity.pixel(value), "#e4e4e4");
-        svg += label(kLeft - 8, intensity.pixel(value) + 4, "end", QString::number(value, 'g', 3));
+        const double y = intensity.pixel(value);
+        drawLine(kLeft, y, right, y, gridColour, out);
+        drawLabel(kLeft - 8, y + 4, "end", QString::number(value, 'g', 3), out);
     }
-    svg += line(kLeft, kTop + kHeight, kLeft + kWidth, kTop + kHeight, "#444");
-    svg += line(kLeft, kTop, kLeft, kTop + kHeight, "#444");
-    svg += label(
-        kLeft + kWidth / 2, kTop + kHeight + 42, "middle", QStringLiteral("retention time (min)"));
-    svg += QStringLiteral("<text transform=\"translate(18 %1) rotate(-90)\" "
-                          "text-anchor=\"middle\">intensity</text>\n")
-               .arg(kTop + kHeight / 2);
-    return svg;
+    drawLine(kLeft, bottom, right, bottom, axisColour, out);
+    drawLine(kLeft, kTop, kLeft, bottom, axisColour, out);
+    drawLabel(
+        kLeft + kWidth / 2, bottom + 42, "middle", QStringLiteral("retention time (min)"), out);
+    const QByteArray place =
+        QByteArray("translate(18 ") + QByteArray::number(kTop + kHeight / 2) + ") rotate(-90)";
+    SvgElement(out, "text")
+        .set("transform", place.constData())
+        .set("text-anchor", "middle")
+        .end("intensity");
+    out << '\n';
 }
 
-QString drawXic(const NamedXic& xic, const Axis& time, const Axis& intensity, const QString& colour)
+void drawXic(const NamedXic& xic,
+             const Axis& time,
+             const Axis& intensity,
+             const char* colour,
+             std::ostream& out)
 {
-    QString points;
+    QByteArray points;
     for (const QPointF& point : xic.points) {
-        points += QStringLiteral("%1,%2 ")
-                      .arg(time.pixel(point.x()), 0, 'f', 1)
-                      .arg(intensity.pixel(point.y()), 0, 'f', 1);
+        points += QByteArray::number(time.pixel(point.x()), 'f', 1) + ',' +
+                  QByteArray::number(intensity.pixel(point.y()), 'f', 1) + ' ';
     }
-    return QStringLiteral("<polyline fill=\"none\" stroke-width=\"1.4\" stroke=\"%1\" "
-                          "points=\"%2\"><title>%3</title></polyline>\n")
-        .arg(colour, points, xic.name.toHtmlEscaped());
+    SvgElement(out, "polyline")
+        .set("fill", "none")
+        .set("stroke-width", "1.4")
+        .set("stroke", colour)
+        .set("points", points.constData())
+        .end("<title>" + escaped(xic.name) + "</title>");
+    out << '\n';
 }
 
-QString drawLegendEntry(const QString& name, double y, const QString& colour)
+void drawLegendEntry(const QString& name, double y, const char* colour, std::ostream& out)
 {
     constexpr qsizetype maxLength = 34;
     const double x = kLeft + kWidth + kLegendGap;
     const QString shown =
         name.size() <= maxLength ? name : name.left(maxLength - 1) + QChar(0x2026);
-    return line(x, y - 4, x + 16, y - 4, colour.toLatin1().constData()) +
-           label(x + 22, y, "start", shown);
+    drawLine(x, y - 4, x + 16, y - 4, colour, out);
+    drawLabel(x + 22, y, "start", shown, out);
 }
 
-QString drawing(const QList<NamedXic>& xics)
+std::string drawing(const QList<NamedXic>& xics)
 {
     double start = std::numeric_limits<double>::max();
     double end = std::numeric_limits<double>::lowest();
@@ -169,25 +190,31 @@ QString drawing(const QList<NamedXic>& xics)
         }
     }
     if (start > end) {
-        return QStringLiteral("<p>No points.</p>\n");
+        return "<p>No points.</p>\n";
     }
     const Axis time = makeAxis(start, end, kLeft, kLeft + kWidth);
     const Axis intensity = makeAxis(0.0, height, kTop + kHeight, kTop);
     const double legendHeight = kTop + kLegendLine * static_cast<double>(xics.size() + 1);
-    QString svg =
-        QStringLiteral("<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"%1\" height=\"%2\" "
-                       "font-family=\"sans-serif\" font-size=\"12\">\n")
-            .arg(kLeft + kWidth + kLegendGap + kLegendWidth)
-            .arg(std::max(kTop + kHeight + 60, legendHeight));
-    svg += drawAxes(time, intensity);
+    std::ostringstream content;
+    content.imbue(std::locale::classic());
+    content << '\n';
+    drawAxes(time, intensity, content);
     for (qsizetype i = 0; i < xics.size(); ++i) {
-        const QString colour =
-            QString::fromLatin1(kColours[static_cast<std::size_t>(i) % kColours.size()]);
-        svg += drawXic(xics[i], time, intensity, colour);
-        svg +=
-            drawLegendEntry(xics[i].name, kTop + kLegendLine * static_cast<double>(i + 1), colour);
+        const char* const colour = kColours[static_cast<std::size_t>(i) % kColours.size()];
+        const double legendLine = kTop + kLegendLine * static_cast<double>(i + 1);
+        drawXic(xics[i], time, intensity, colour, content);
+        drawLegendEntry(xics[i].name, legendLine, colour, content);
     }
-    return svg + QStringLiteral("</svg>\n");
+    std::ostringstream picture;
+    picture.imbue(std::locale::classic());
+    SvgElement(picture, "svg")
+        .set("xmlns", "http://www.w3.org/2000/svg")
+        .set("width", kLeft + kWidth + kLegendGap + kLegendWidth)
+        .set("height", std::max(kTop + kHeight + 60, legendHeight))
+        .set("font-family", "sans-serif")
+        .set("font-size", 12)
+        .end(content.str());
+    return picture.str() + '\n';
 }
 
 } // namespace
@@ -205,8 +232,8 @@ QByteArray chromatogramPage(const QString& title, const QList<NamedXic>& xics)
                     .arg(drawn.size())
                     .arg(xics.size());
     }
-    page += drawing(drawn);
-    return (page + QStringLiteral("</body></html>\n")).toUtf8();
+    page += QString::fromStdString(drawing(drawn)) + QStringLiteral("</body></html>\n");
+    return page.toUtf8();
 }
 
 } // namespace zel::tool

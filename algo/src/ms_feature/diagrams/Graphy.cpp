@@ -1,6 +1,7 @@
 #include "ms_feature/diagrams/Graphy.h"
 
 #include "common/stable/MathUtils.h"
+#include "common/stable/SvgElement.h"
 
 #include <cmath>
 #include <cstdint>
@@ -11,6 +12,8 @@
 namespace zel {
 
 namespace {
+
+constexpr int kLineWidth = 1; ///< pixels
 
 /// A number as a text stream writes it by default, in any locale.
 std::string numberText(float value)
@@ -49,8 +52,14 @@ LineSegment::~LineSegment() = default;
 
 void LineSegment::draw(std::ostream& out, const GraphyStyle& style) const
 {
-    out << "<line x1=\"" << x1 << "\" y1=\"" << y1 << "\" x2=\"" << x2 << "\" y2=\"" << y2
-        << "\" stroke-width=\"1\" stroke=\"" << style.stroke << "\" />";
+    SvgElement(out, "line")
+        .set("x1", x1)
+        .set("y1", y1)
+        .set("x2", x2)
+        .set("y2", y2)
+        .set("stroke-width", kLineWidth)
+        .set("stroke", style.stroke)
+        .end();
 }
 
 Box::Box(int left, int bottom, int right, int top)
@@ -64,9 +73,16 @@ Box::~Box() = default;
 
 void Box::draw(std::ostream& out, const GraphyStyle& style) const
 {
-    out << "<rect x=\"" << x1 << "\" y=\"" << y2 << "\" width=\"" << extent(x1, x2)
-        << "\" height=\"" << extent(y2, y1) << "\" fill=\"" << style.fill << "\" fill-opacity=\""
-        << style.fillOpacity << "\" stroke=\"" << style.stroke << "\" stroke-width=\"1\" />";
+    SvgElement(out, "rect")
+        .set("x", x1)
+        .set("y", y2)
+        .set("width", extent(x1, x2))
+        .set("height", extent(y2, y1))
+        .set("fill", style.fill)
+        .set("fill-opacity", style.fillOpacity)
+        .set("stroke", style.stroke)
+        .set("stroke-width", kLineWidth)
+        .end();
 }
 
 Text::Text(int left, int baseline, const std::string& content)
@@ -79,8 +95,7 @@ Text::~Text() = default;
 
 void Text::draw(std::ostream& out, const GraphyStyle& style) const
 {
-    out << "<text x=\"" << x << "\" y=\"" << y << "\" fill=\"" << style.fill << "\">" << text
-        << "</text>";
+    SvgElement(out, "text").set("x", x).set("y", y).set("fill", style.fill).end(text);
 }
 
 Circle::Circle(int centreX, int centreY, int radius)
@@ -93,8 +108,14 @@ Circle::~Circle() = default;
 
 void Circle::draw(std::ostream& out, const GraphyStyle& style) const
 {
-    out << "<circle cx=\"" << x << "\" cy=\"" << y << "\" r=\"" << r << "\" stroke=\""
-        << style.stroke << "\" stroke-width=\"1\" fill=\"" << style.fill << "\" />";
+    SvgElement(out, "circle")
+        .set("cx", x)
+        .set("cy", y)
+        .set("r", r)
+        .set("stroke", style.stroke)
+        .set("stroke-width", kLineWidth)
+        .set("fill", style.fill)
+        .end();
 }
 
 ShapeContainer::ShapeContainer(const GraphyStyle& shapeStyle, std::unique_ptr<ShapeBase> ownedShape)
