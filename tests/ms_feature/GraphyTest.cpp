@@ -110,6 +110,31 @@ TEST_F(GraphyCollectionTest, WritesAPageOfFullRows)
     EXPECT_TRUE(diagramsOf(page()).isEmpty()) << "a flush clears";
 }
 
+TEST_F(GraphyCollectionTest, JoinsLinesThatGoOnFromEachOtherIfAsked)
+{
+    Graphy diagram(100, 50);
+    diagram.line(0, 9, 5, 9);
+    for (const auto& [x, y] : {std::pair(5, 9), {8, 9}, {8, 2}, {9, 4}}) {
+        diagram.line(diagram.penX, diagram.penY, x, y);
+    }
+    diagram.line(9, 5, 7, 5); // from elsewhere
+    diagram.line(7, 5, 9, 5);
+    diagram.setStroke(1.0F, 0.0F, 0.0F, 1.0F);
+    diagram.line(9, 5, 2147483647, -2147483647); // in another stroke
+    diagram.text(1, 2, "one");
+    m_collection.append(std::move(diagram), {}, 1);
+    m_collection.setJoinsLines(true);
+    m_collection.write(path("page.html"), 1);
+    m_collection.setJoinsLines(false);
+    const QStringList shapes = diagramsOf(textOf(QString::fromUtf8(path("page.html"))))[0];
+    const QString style =
+        QStringLiteral(R"x(" fill="none" stroke="black" stroke-linejoin="round" />)x");
+    ASSERT_EQ(shapes.size(), 4);
+    EXPECT_EQ(shapes[0], QStringLiteral("\t<path d=\"M0 9l8 0l0-7l1 2") + style);
+    EXPECT_EQ(shapes[1], QStringLiteral("\t<path d=\"M9 5l-2 0l2 0") + style);
+    EXPECT_TRUE(shapes[2].startsWith(QStringLiteral("\t<line x1=\"9\"")));
+}
+
 TEST_F(GraphyCollectionTest, WritesANumberedFileOnceARowIsFullBeyondAThousand)
 {
     const std::string stem = path("Stem").toStdString();

@@ -2,6 +2,7 @@
 
 #include "common/stable/NumberText.h"
 #include "ms_feature/alignment/Ms1FeatureAlign.h"
+#include "ms_feature/diagrams/GraphyCollection.h"
 #include "ms_feature/finders/MsFeatureFinderSegV2.h"
 #include "ms_feature/segmentation/MsFeatureFinderStage1.h"
 
@@ -181,6 +182,7 @@ Result<QList<FeaturesByHash>> findFeatures(const TargetedOptions& options,
     TargetedFinderFactory factory(options);
     const std::unique_ptr<MsFeatureFinderBase> finder(factory.create(settings));
     settings.adaptiveHtmlDumpFilename = drawing.finderPath;
+    GraphyCollection::instance().setJoinsLines(true); // pages of many ions stay small
     const std::unique_ptr<MsFeatureFinderBase> drawingFinder(
         drawing.finderPath.isEmpty() ? nullptr : factory.create(settings));
     const auto filter = options.profile ? PeakPickingFilter::Profile : PeakPickingFilter::Centroid;

@@ -30,6 +30,10 @@ public:
     /// Fills the last row up with blank diagrams, which stay, and writes the page in place of what
     /// the file held. Nothing happens when the file cannot be opened.
     void write(const char* path, int columns);
+    /// Whether `write` draws lines of one stroke that go on from each other as one path, which
+    /// looks the same and takes a small part of the space; else each line is an element of its own,
+    /// which is the default.
+    void setJoinsLines(bool joinsLines) { m_joinsLines = joinsLines; }
     /// Drops all diagrams.
     void clear();
     /// Writes, then clears, even when writing failed.
@@ -41,6 +45,7 @@ private:
     std::vector<Graphy> m_diagrams;
     int m_fileCounter = 0;
     int m_minDiagramsPerFile = 1000;
+    bool m_joinsLines = false;
 };
 
 } // namespace zel
