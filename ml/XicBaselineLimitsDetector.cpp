@@ -4,7 +4,6 @@
 #include "ml/XicSignal_p.h"
 
 #include <algorithm>
-#include <cmath>
 #include <vector>
 
 namespace zel {
@@ -99,11 +98,6 @@ Run downToFoot(Run run, const std::vector<double>& heights)
 double distanceTo(const Interval<double>& peak, double time)
 {
     return std::max({peak.start - time, time - peak.end, 0.0});
-}
-
-bool isSize(double value)
-{
-    return std::isfinite(value) && value >= 0.0;
 }
 
 } // namespace

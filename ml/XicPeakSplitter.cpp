@@ -3,7 +3,6 @@
 #include "ml/XicSignal_p.h"
 
 #include <algorithm>
-#include <cmath>
 #include <numeric>
 #include <vector>
 
@@ -105,11 +104,6 @@ std::size_t lowestBetween(const std::vector<double>& heights, std::size_t first,
     return first + static_cast<std::size_t>(std::min_element(begin, end) - begin);
 }
 
-bool isFactor(double value)
-{
-    return std::isfinite(value) && value >= 0.0;
-}
-
 } // namespace
 
 class XicPeakSplitter::Private
@@ -126,8 +120,8 @@ XicPeakSplitter::~XicPeakSplitter() = default;
 
 Error XicPeakSplitter::init(const XicPeakSplitterOptions& options)
 {
-    if (!isFactor(options.valleyRatio) || !isFactor(options.noiseFactor) ||
-        !isFactor(options.minRelativeHeight) || options.minPointsPerPeak < 0) {
+    if (!isSize(options.valleyRatio) || !isSize(options.noiseFactor) ||
+        !isSize(options.minRelativeHeight) || options.minPointsPerPeak < 0) {
         ZEL_RETURN_ERROR(kBadParameterError,
                          "Ratios and factors of peak splitting must be finite and not negative");
     }

@@ -44,9 +44,7 @@ bool isUsable(const QList<QPointF>& xic)
     const auto isFinite = [](const QPointF& point) {
         return std::isfinite(point.x()) && std::isfinite(point.y());
     };
-    const auto byTime = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
-    return std::all_of(xic.begin(), xic.end(), isFinite) &&
-           std::is_sorted(xic.begin(), xic.end(), byTime);
+    return std::ranges::all_of(xic, isFinite) && std::ranges::is_sorted(xic, {}, &QPointF::x);
 }
 
 /// Replaces short runs of samples without signal between two with signal by the line between these.
@@ -106,6 +104,11 @@ double noiseOf(std::span<const double> heights)
 }
 
 } // namespace
+
+bool isSize(double value)
+{
+    return std::isfinite(value) && value >= 0.0;
+}
 
 std::ptrdiff_t XicSignal::positiveCount() const
 {

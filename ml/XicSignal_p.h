@@ -22,6 +22,9 @@ struct XicSignal
     std::ptrdiff_t positiveCount() const;
 };
 
+/// Whether an option is a number that a factor or a width can be: finite and not negative.
+bool isSize(double value);
+
 /// Bridges gaps, smooths by a Gaussian with a standard deviation of one sample (of three taps where
 /// a peak is no wider than 5 samples at half height), and estimates the noise where there is
 /// signal: 1.4826 times the median magnitude of the fourth differences over sqrt(70), and at least
