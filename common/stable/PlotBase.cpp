@@ -15,16 +15,6 @@ namespace zel {
 
 namespace {
 
-bool lowerX(const QPointF& a, const QPointF& b)
-{
-    return a.x() < b.x();
-}
-
-bool lowerY(const QPointF& a, const QPointF& b)
-{
-    return a.y() < b.y();
-}
-
 using PointIterator = PlotStretch::PointIterator;
 
 /// The first point that does not lie before a place on the x axis. Starts where `x` would be among
@@ -151,8 +141,8 @@ void PlotBase::setPointList(const QList<QPointF>& points, Calibration* calibrati
             point.setX(calibration->calibrate(point.x()));
         }
     }
-    if (!std::is_sorted(m_points.cbegin(), m_points.cend(), lowerX)) {
-        std::stable_sort(m_points.begin(), m_points.end(), lowerX);
+    if (!std::ranges::is_sorted(m_points, {}, &QPointF::x)) {
+        std::ranges::stable_sort(m_points, {}, &QPointF::x);
     }
 }
 
@@ -218,7 +208,7 @@ Error PlotBase::saveDataToFile(const QString& path) const
 void PlotBase::addPoint(const QPointF& point, bool sorted)
 {
     if (sorted) {
-        m_points.insert(std::upper_bound(m_points.cbegin(), m_points.cend(), point, lowerX), point);
+        m_points.insert(upperBound(m_points, point.x()), point);
     } else {
         m_points.append(point);
     }
@@ -235,7 +225,7 @@ QPointF PlotBase::getPoint(int index, bool* ok) const
 
 QPointF PlotBase::getMaxPoint() const
 {
-    const auto highest = std::max_element(m_points.cbegin(), m_points.cend(), lowerY);
+    const auto highest = std::ranges::max_element(m_points, {}, &QPointF::y);
     return highest == m_points.cend() ? QPointF() : *highest;
 }
 
@@ -253,10 +243,10 @@ bool PlotBase::getMinMaxPoints_slow(double start, double end, QPointF* min, QPoi
         return false;
     }
     if (min != nullptr) {
-        *min = *std::min_element(first, last, lowerY);
+        *min = *std::ranges::min_element(first, last, {}, &QPointF::y);
     }
     if (max != nullptr) {
-        *max = *std::max_element(first, last, lowerY);
+        *max = *std::ranges::max_element(first, last, {}, &QPointF::y);
     }
     return true;
 }
@@ -321,9 +311,7 @@ std::pair<std::optional<QPointF>, std::optional<QPointF>> PlotBase::constantYInt
     const auto endOf = [this](qsizetype segment) {
         return m_points[std::min(segment + 1, m_points.size() - 1)];
     };
-    const qsizetype aboveX =
-        std::upper_bound(m_points.cbegin(), m_points.cend(), QPointF(x, 0.0), lowerX) -
-        m_points.cbegin();
+    const qsizetype aboveX = upperBound(m_points, x) - m_points.cbegin();
 
     for (qsizetype segment = std::min(aboveX - 1, lastSegment); segment >= 0 && !left; --segment) {
         if (reaches(m_points[segment], endOf(segment), y)) {
@@ -334,9 +322,7 @@ std::pair<std::optional<QPointF>, std::optional<QPointF>> PlotBase::constantYInt
         }
     }
     // From the segment that ends at x, so that a place at x itself is seen.
-    const qsizetype notBelowX =
-        std::lower_bound(m_points.cbegin(), m_points.cend(), QPointF(x, 0.0), lowerX) -
-        m_points.cbegin();
+    const qsizetype notBelowX = lowerBound(m_points, x) - m_points.cbegin();
     for (qsizetype segment = std::max<qsizetype>(notBelowX - 1, 0);
          segment <= lastSegment && !right;
          ++segment) {

@@ -10,16 +10,6 @@ namespace zel {
 
 namespace {
 
-bool xBelow(const QPointF& point, double x)
-{
-    return point.x() < x;
-}
-
-bool xAbove(double x, const QPointF& point)
-{
-    return x < point.x();
-}
-
 /// y for comparisons: NaN lies below everything, which makes the order total.
 double rankedY(const QPointF& point)
 {
@@ -36,19 +26,18 @@ bool higher(const QPointF& a, const QPointF& b)
 void getPointsInBetween(
     const QList<QPointF>& in, double start, double end, QList<QPointF>& out, bool inclusive)
 {
-    const auto first = inclusive ? std::lower_bound(in.cbegin(), in.cend(), start, xBelow)
-                                 : std::upper_bound(in.cbegin(), in.cend(), start, xAbove);
-    const auto last = inclusive ? std::upper_bound(in.cbegin(), in.cend(), end, xAbove)
-                                : std::lower_bound(in.cbegin(), in.cend(), end, xBelow);
+    const auto first = inclusive ? std::ranges::lower_bound(in, start, {}, &QPointF::x)
+                                 : std::ranges::upper_bound(in, start, {}, &QPointF::x);
+    const auto last = inclusive ? std::ranges::upper_bound(in, end, {}, &QPointF::x)
+                                : std::ranges::lower_bound(in, end, {}, &QPointF::x);
     out = first < last ? QList<QPointF>(first, last) : QList<QPointF>();
 }
 
 double getYMaxBetween(const QList<QPointF>& in, double start, double end, bool interpolateAtLimits)
 {
-    const auto first = std::lower_bound(in.cbegin(), in.cend(), start, xBelow);
-    const auto last = std::upper_bound(first, in.cend(), end, xAbove);
-    const auto highest = std::max_element(
-        first, last, [](const QPointF& a, const QPointF& b) { return a.y() < b.y(); });
+    const auto first = std::ranges::lower_bound(in, start, {}, &QPointF::x);
+    const auto last = std::ranges::upper_bound(first, in.cend(), end, {}, &QPointF::x);
+    const auto highest = std::ranges::max_element(first, last, {}, &QPointF::y);
     double yMax = highest == last ? 0.0 : highest->y();
     if (interpolateAtLimits && start <= end) {
         const PlotBase plot(in);
