@@ -39,6 +39,29 @@ double smallestStep(const QList<QPointF>& points, double greatest)
     return greatest;
 }
 
+/// The grid on the shared axis from the earliest to the latest point of all XICs.
+Result<diagrams::SharedGrid> gridOf(const Features& features)
+{
+    constexpr double greatestStep = 1.0; // minutes
+    std::optional<diagrams::SharedGrid> grid;
+    for (const Ms1Feature* feature : features) {
+        const QList<QPointF>& points = feature->xicPlot().getPointList();
+        if (!points.isEmpty()) {
+            const double first = points.constFirst().x() + feature->warpOffset();
+            const double last = points.constLast().x() + feature->warpOffset();
+            grid = {grid ? std::min(grid->start, first) : first,
+                    grid ? std::max(grid->end, last) : last,
+                    smallestStep(points, grid ? grid->step : greatestStep)};
+        }
+    }
+    if (!grid) {
+        ZEL_RETURN_ERROR(
+            kBadParameterError,
+            QStringLiteral("None of %1 features has an XIC to align").arg(features.size()));
+    }
+    return *grid;
+}
+
 /// The lowest correlation of a shifted curve with that of the most intense feature.
 Error calculateMinimumCorrelation(const Features& features,
                                   const QList<QList<double>>& plots,
@@ -237,28 +260,12 @@ Error Ms1FeatureAlign::uniformResample(const QList<Ms1Feature*>& features,
                                        double* end,
                                        double* step)
 {
-    constexpr double greatestStep = 1.0; // minutes
-    constexpr double maxCount = 1e7;     // of all curves together; keeps odd times harmless
+    constexpr double maxCount = 1e7; // of all curves together; keeps odd times harmless
     plots->clear();
-    std::optional<Interval<double>> hull;
-    *step = greatestStep;
-    for (const Ms1Feature* feature : features) {
-        const QList<QPointF>& points = feature->xicPlot().getPointList();
-        if (!points.isEmpty()) {
-            const double first = points.constFirst().x() + feature->warpOffset();
-            const double last = points.constLast().x() + feature->warpOffset();
-            hull = {hull ? std::min(hull->start, first) : first,
-                    hull ? std::max(hull->end, last) : last};
-            *step = smallestStep(points, *step);
-        }
-    }
-    if (!hull) {
-        ZEL_RETURN_ERROR(
-            kBadParameterError,
-            QStringLiteral("None of %1 features has an XIC to align").arg(features.size()));
-    }
-    *start = hull->start;
-    *end = hull->end;
+    ZEL_ASSIGN_OR_RETURN(const diagrams::SharedGrid grid, gridOf(features));
+    *start = grid.start;
+    *end = grid.end;
+    *step = grid.step;
     const double count = std::trunc((*end - *start) / *step + 0.5);
     if (!(count * static_cast<double>(features.size()) <= maxCount)) {
         ZEL_RETURN_ERROR(kBadParameterError,
