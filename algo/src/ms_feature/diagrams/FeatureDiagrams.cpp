@@ -18,11 +18,6 @@ void collect(Graphy&& diagram)
     GraphyCollection::instance().append(std::move(diagram), {}, 1);
 }
 
-bool lowerY(const QPointF& a, const QPointF& b)
-{
-    return a.y() < b.y();
-}
-
 std::string labelled(const char* label, double value, const char* unit = "")
 {
     return label + roundTripText(value).toStdString() + unit;
@@ -37,9 +32,8 @@ Graphy finderDiagram(const QList<QPointF>& curve)
     constexpr int height = 200;
     Graphy diagram(width, height);
     if (!curve.isEmpty()) {
-        const auto lowerX = [](const QPointF& a, const QPointF& b) { return a.x() < b.x(); };
-        const auto [left, right] = std::minmax_element(curve.cbegin(), curve.cend(), lowerX);
-        const auto [lowest, highest] = std::minmax_element(curve.cbegin(), curve.cend(), lowerY);
+        const auto [left, right] = std::ranges::minmax_element(curve, {}, &QPointF::x);
+        const auto [lowest, highest] = std::ranges::minmax_element(curve, {}, &QPointF::y);
         diagram.xMin = left->x();
         diagram.xMax = right->x();
         diagram.yMin = lowest->y();
@@ -210,7 +204,7 @@ void drawFeature(const Ms1Feature& feature, int row, Graphy* diagram)
     constexpr double minBoxHeight = 0.1;
     constexpr double textHeight = 0.1;
     const QList<QPointF>& points = feature.xicPlot().getPointList();
-    const double scale = unitScale(std::max_element(points.cbegin(), points.cend(), lowerY)->y());
+    const double scale = unitScale(feature.xicPlot().getMaxPoint().y());
     diagram->lineData(points.constFirst().x(), row, points.constFirst().x(), row);
     for (const QPointF& point : points) {
         diagram->lineToData(point.x(), scale * point.y() + row);

@@ -1,10 +1,6 @@
 #include "ms_feature/finders/MsFeatureFinder.h"
 
-#include "common/stable/MathUtils.h"
-#include "ms_feature/segmentation/MsFeatureFinderStage1.h"
-
 #include <algorithm>
-#include <cmath>
 
 namespace zel {
 
@@ -19,7 +15,6 @@ MsFeatureFinder::~MsFeatureFinder() = default;
 Result<std::optional<Ms1Feature>> MsFeatureFinder::findFeature(const QList<Psm>& psms,
                                                                const PlotBase& xic) const
 {
-    Error e;
     ZEL_ASSIGN_OR_RETURN(const QList<Psm> kept, psmsOnXic(psms, xic));
     const double time = apexTime(kept);
     const QPointF apex(time, xic.evaluate(time, 1, 0));
@@ -27,14 +22,7 @@ Result<std::optional<Ms1Feature>> MsFeatureFinder::findFeature(const QList<Psm>&
     const double halfWidth = settings().xicAreaTimeWindow;
     const double start = std::max(time - halfWidth, xic.getPointList().constFirst().x());
     const double end = std::min(start + 2 * halfWidth, xic.getPointList().constLast().x());
-    double left = 0.0;
-    double right = 0.0;
-    ZEL_RETURN_IF_ERROR(
-        MsFeatureFinderStage1::findHalfMaxRange(xic, apex, start, end, &left, &right));
-
-    Ms1Feature feature;
-    feature.setTimeInterval(ApexInterval({start, end}, std::abs(right - left), apex, 0.0, 0.0));
-    return std::optional<Ms1Feature>(feature);
+    return singlePeak(xic, {start, end}, apex);
 }
 
 /// The matches on the XIC that lie within the extraction window around first and last match.

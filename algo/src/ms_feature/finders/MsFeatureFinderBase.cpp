@@ -286,4 +286,18 @@ Error MsFeatureFinderBase::resamplePlot(
     return kNoError;
 }
 
+Result<std::optional<Ms1Feature>> MsFeatureFinderBase::singlePeak(const PlotBase& xic,
+                                                                  const Interval<double>& interval,
+                                                                  const QPointF& apex)
+{
+    Error e;
+    double left = 0.0;
+    double right = 0.0;
+    ZEL_RETURN_IF_ERROR(MsFeatureFinderStage1::findHalfMaxRange(
+        xic, apex, interval.start, interval.end, &left, &right));
+    Ms1Feature feature;
+    feature.setTimeInterval(ApexInterval(interval, std::abs(right - left), apex, 0.0, 0.0));
+    return std::optional<Ms1Feature>(feature);
+}
+
 } // namespace zel

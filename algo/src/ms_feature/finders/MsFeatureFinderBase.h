@@ -84,6 +84,11 @@ protected:
     static Error resamplePlot(
         const PlotBase& plot, QList<QPointF>* out, int sampleCount, double start, double end);
 
+    /// A feature of one interval with this apex, its width at half maximum measured on the XIC.
+    static Result<std::optional<Ms1Feature>> singlePeak(const PlotBase& xic,
+                                                        const Interval<double>& interval,
+                                                        const QPointF& apex);
+
 private:
     friend class XicIntegrator;   // asks findFeature without a run
     friend class Ms1FeatureAlign; // runs findFeature on the sum of several XICs

@@ -1,7 +1,5 @@
 #include "ms_feature/finders/MsFeatureFinderPrototype.h"
 
-#include "ms_feature/segmentation/MsFeatureFinderStage1.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -73,15 +71,7 @@ Result<std::optional<Ms1Feature>> MsFeatureFinderPrototype::findFeature(
     ZEL_RETURN_IF_ERROR(preintegrate(&curve));
     QPointF range;
     std::ignore = optimize(curve, rate, firstX, highest.x(), &range); // there are enough points
-
-    double left = 0.0;
-    double right = 0.0;
-    ZEL_RETURN_IF_ERROR(
-        MsFeatureFinderStage1::findHalfMaxRange(xic, apex, range.x(), range.y(), &left, &right));
-    Ms1Feature feature;
-    feature.setTimeInterval(
-        ApexInterval({range.x(), range.y()}, std::abs(right - left), apex, 0.0, 0.0));
-    return std::optional<Ms1Feature>(feature);
+    return singlePeak(xic, {range.x(), range.y()}, apex);
 }
 
 double MsFeatureFinderPrototype::XicWindowScore(double start, double end) const

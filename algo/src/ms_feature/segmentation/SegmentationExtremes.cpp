@@ -1,5 +1,5 @@
-#include "ms_feature/segmentation/MsFeatureFinderStage1.h"
 #include "ms_feature/segmentation/SegmentationExtremes_p.h"
+#include "ms_feature/segmentation/SegmentationFeatures_p.h"
 
 #include <algorithm>
 #include <cmath>
@@ -191,15 +191,10 @@ Error extractFeatures(const PlotBase& plot,
         if (std::abs(apex.y()) <= fillerHeight) {
             continue;
         }
-        const double auc =
-            plot.computeAreaNoUnitConversion(span.start, span.end, true, ComputeAreaTrapezoid);
-        if (fillerHeight >= 0.0 && !(auc > 0.0)) {
-            continue;
+        ZEL_ASSIGN_OR_RETURN(const SegmentationFeature feature, measured(plot, span, apex));
+        if (fillerHeight < 0.0 || feature.auc() > 0.0) {
+            features->push_back(feature);
         }
-        Interval<double> halfMax;
-        ZEL_RETURN_IF_ERROR(MsFeatureFinderStage1::findHalfMaxRange(
-            plot, apex, span.start, span.end, &halfMax.start, &halfMax.end));
-        features->emplace_back(span, auc, apex, halfMax);
     }
     return e;
 }

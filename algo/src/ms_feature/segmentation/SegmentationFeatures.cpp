@@ -46,26 +46,18 @@ QPointF highestPlace(const PlotBase& plot, const Interval<double>& span)
     return end.y() > start.y() ? end : start;
 }
 
-/// Appends a candidate measured on the plot, unless it has no area.
-Error appendMeasured(const PlotBase& plot,
-                     const Interval<double>& span,
-                     std::vector<Feature>* features)
+} // namespace
+
+Result<Feature> measured(const PlotBase& plot, const Interval<double>& span, const QPointF& apex)
 {
     Error e;
     const double auc =
         plot.computeAreaNoUnitConversion(span.start, span.end, true, ComputeAreaTrapezoid);
-    if (!(auc > 0.0)) {
-        return e;
-    }
-    const QPointF apex = highestPlace(plot, span);
     Interval<double> halfMax;
     ZEL_RETURN_IF_ERROR(MsFeatureFinderStage1::findHalfMaxRange(
         plot, apex, span.start, span.end, &halfMax.start, &halfMax.end));
-    features->emplace_back(span, auc, apex, halfMax);
-    return e;
+    return Feature(span, auc, apex, halfMax);
 }
-
-} // namespace
 
 Result<std::vector<Feature>> filterByShare(const std::vector<Feature>& features,
                                            double (Feature::*value)() const,
@@ -115,10 +107,7 @@ Error nearestPointIndex(const PlotBase& plot, double time, int* index)
     if (points.isEmpty()) {
         ZEL_RETURN_ERROR(kBadParameterError, "A plot without points has none near a time");
     }
-    const auto notBefore =
-        std::lower_bound(points.cbegin(), points.cend(), time, [](const QPointF& point, double x) {
-            return point.x() < x;
-        });
+    const auto notBefore = std::ranges::lower_bound(points, time, {}, &QPointF::x);
     qsizetype nearest = std::max<qsizetype>(notBefore - points.cbegin() - 1, 0);
     const bool nextIsNearer =
         notBefore != points.cend() && nearest + 1 < points.size() &&
@@ -201,7 +190,10 @@ Error mergeContiguousFeatures(const PlotBase& plot,
     }
     std::vector<Feature> merged;
     for (const Interval<double>& span : spans) {
-        ZEL_RETURN_IF_ERROR(appendMeasured(plot, span, &merged));
+        ZEL_ASSIGN_OR_RETURN(const Feature feature, measured(plot, span, highestPlace(plot, span)));
+        if (feature.auc() > 0.0) {
+            merged.push_back(feature);
+        }
     }
     *features = std::move(merged);
     return e;

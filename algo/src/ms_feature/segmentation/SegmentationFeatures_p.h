@@ -12,6 +12,9 @@ namespace zel::segmentation {
 
 using Feature = SegmentationFeature;
 
+/// The candidate between two cut points, with area and half-maximum range measured on the plot.
+Result<Feature> measured(const PlotBase& plot, const Interval<double>& span, const QPointF& apex);
+
 /// Keeps the candidates whose value is not 0 (beyond 1e-12) and not below `ratio` times the
 /// greatest one. A single candidate stays as it is.
 /// \return kError without candidates and when none stays
