@@ -13,7 +13,7 @@ namespace {
 constexpr std::ptrdiff_t kMinPositiveSamples = 3;
 /// The baseline follows nothing narrower than this, whatever the sampling.
 constexpr double kMinBaselineHalfWindowSamples = 8.0;
-/// How the smoothing ahead of the baseline follows its half window.
+/// How the smoothing before the baseline is found follows its half window.
 constexpr double kBaselineWindowPerSigma = 8.0;
 constexpr int kAroundRetentionTime = 1;
 

@@ -13,7 +13,7 @@ namespace {
 /// Gaps inside a peak say nothing about its valleys unless they are long.
 constexpr int kMaxGapPoints = 2;
 
-/// Floods a trace from above and tells which maxima stand out.
+/// Floods a trace from above and finds which maxima stand out.
 class Islands
 {
 public:
@@ -96,7 +96,7 @@ private:
     std::vector<std::size_t> m_maxima;
 };
 
-/// The sample of the lowest height from `first` to `last`, the first of equals.
+/// The sample of the lowest height from `first` to `last`, the first one of several.
 std::size_t lowestBetween(const std::vector<double>& heights, std::size_t first, std::size_t last)
 {
     const auto begin = heights.begin() + static_cast<std::ptrdiff_t>(first);

@@ -42,8 +42,8 @@ class ZEL_EXPORT MSLocalAlign
 {
 public:
     /// For each curve the shift, in grid steps, of the greatest dot product with the pivot's curve,
-    /// weighted by `power` as Ms1FeatureAlignSettings tells, among the shifts of at most `maxShift`
-    /// steps either way: the first of equals, from -maxShift on. A positive shift moves a curve to
+    /// weighted by `power` as Ms1FeatureAlignSettings says, among the shifts of at most `maxShift`
+    /// steps either way; of several equal ones the lowest. A positive shift moves a curve to
     /// later indices. A shift of -maxShift stands for none found: it becomes 0, as does that of a
     /// curve whose weighted products are nowhere positive or all within 0.1 % of the best.
     /// \param pivot   the index of the curve that stays; negative: the one in the middle of the

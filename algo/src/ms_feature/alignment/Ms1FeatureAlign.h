@@ -23,7 +23,7 @@ class MsFeatureFinderFactory;
 /// 2. Each is shifted to where it overlays best that of the sample whose apex is the median one
 ///    (MSLocalAlign).
 /// 3. The shifted XICs must correlate with the most intense one.
-/// 4. On their sum the feature is found anew.
+/// 4. On their sum the feature is found again.
 /// 5. Its intervals are handed back to each sample, moved to the sample's own time.
 ///
 /// On the sum a finder of fixed width, or by prototype, centres on the matches of all samples,

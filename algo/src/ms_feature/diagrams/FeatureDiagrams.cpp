@@ -157,7 +157,7 @@ void labelMinutes(double start, double end, double y, Graphy* diagram)
     }
 }
 
-/// One sample's curve behind its shift, with its intervals, minutes and peptide.
+/// One sample's curve after its shift, with its intervals, minutes and peptide.
 void drawShifted(const QList<double>& curve,
                  double shift,
                  const Ms1Feature& feature,

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "common/stable/PlotBase.h"
-#include "ms_feature/diagrams/Graphy.h"
 #include "ms_feature/records/Ms1Feature.h"
 #include "ms_feature/records/SegmentationFeature.h"
 

@@ -69,7 +69,7 @@ protected:
     virtual Result<std::optional<Ms1Feature>> findFeature(const QList<PeptideSpectrumMatch>& psms,
                                                           const PlotBase& xic) const = 0;
 
-    /// The earliest, the latest and the best match of the ion, the first of equals.
+    /// The earliest, the latest and the best match of the ion; of several equal ones the first.
     const PeptideSpectrumMatch& firstPSM() const { return m_firstPSM; }
     const PeptideSpectrumMatch& lastPSM() const { return m_lastPSM; }
     const PeptideSpectrumMatch& maxScorePSM() const { return m_maxScorePSM; }

@@ -53,7 +53,7 @@ protected:
                    double center,
                    QPointF* range) const;
 
-    /// Raises `apex` to the highest point from `start` to `end`, the first of equals.
+    /// Raises `apex` to the highest point from `start` to `end`, the first one of several.
     /// \return kError when no point there is higher than `apex` on entry, which then stays
     static Error findApex(const QList<QPointF>& points, double start, double end, QPointF* apex);
 

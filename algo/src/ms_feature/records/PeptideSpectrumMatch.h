@@ -86,7 +86,7 @@ public:
     /// \return kError for charge 0 or a spacing below 0.001 Th; `mz` is then unchanged
     Error getIsotopeMz(int isotope, double* mz) const;
 
-    // Strict orders, ascending; a max_element over one yields the first of equals.
+    // Strict orders, ascending; a max_element over one yields the first of several equal ones.
     static bool cmpApexIntensity(const PeptideSpectrumMatch& a, const PeptideSpectrumMatch& b);
     static bool cmpScanTime(const PeptideSpectrumMatch& a, const PeptideSpectrumMatch& b);
     static bool cmpScore(const PeptideSpectrumMatch& a, const PeptideSpectrumMatch& b);

@@ -44,8 +44,8 @@ Result<QPointF> constantYIntersection(const QList<QPointF>& points,
 bool isLocalMaximum(const QList<QPointF>& points, qsizetype i)
 {
     const double before = i == 0 ? 0.0 : points[i - 1].y();
-    const double behind = i == points.size() - 1 ? 0.0 : points[i + 1].y();
-    return points[i].y() > before && points[i].y() > behind;
+    const double after = i == points.size() - 1 ? 0.0 : points[i + 1].y();
+    return points[i].y() > before && points[i].y() > after;
 }
 
 /// The peak whose apex is the point at `apexIndex`.

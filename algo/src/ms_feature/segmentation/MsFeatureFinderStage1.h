@@ -46,15 +46,15 @@ public:
     /// \return kBadParameterError for start above end; `auc` is then unchanged
     static Error getAreaUnderCurve(const PlotBase& plot, double start, double end, double* auc);
 
-    /// The peak with the greatest product of height and full width at half maximum, the first of
-    /// equals. Candidates are the points strictly above both neighbours, beyond the ends of the
+    /// The peak with the greatest product of height and full width at half maximum; of several the
+    /// first. Candidates are the points strictly above both neighbours, beyond the ends of the
     /// plot being 0; of these, a point inside the window of the best so far that is lower than its
     /// apex is passed over.
     ///
     /// A width is measured between the places where the curve comes down to half height, which are
     /// interpolated on the chord from the apex to the first point at or below that height; the
-    /// first and the last point of the plot end a flank as they stand. \param widthFactor  how many
-    /// widths the window extends to each side of the apex; it is cut
+    /// first and the last point of the plot end a flank as they stand.
+    /// \param widthFactor  how many widths the window extends to each side of the apex; it is cut
     ///                     at the ends of the plot
     /// \return the window of the whole plot with apex (0, 0) when there is no candidate;
     ///         kBadParameterError for fewer than two points

@@ -108,7 +108,7 @@ QList<QPointF> smoothed(const QList<QPointF>& curve,
 double limitedRate(double samplesPerMinute, double maxRate)
 {
     constexpr double minRate = 1.0;
-    return std::max(std::min(samplesPerMinute, maxRate), minRate);
+    return std::clamp(samplesPerMinute, minRate, maxRate);
 }
 
 Result<int> gridSampleCount(const PlotBase& plot, double rate)

@@ -102,19 +102,19 @@ std::vector<Turn> turnsOf(const QList<QPointF>& curve, double flatThreshold)
     for (qsizetype i = 0; i < curve.size(); ++i) {
         const double y = curve[i].y();
         const double before = i > 0 ? curve[i - 1].y() : y;
-        const double behind = i + 1 < curve.size() ? curve[i + 1].y() : y;
+        const double after = i + 1 < curve.size() ? curve[i + 1].y() : y;
         const bool flatBefore = isFlat(before, y);
-        const bool flatBehind = isFlat(y, behind);
-        if (flatBefore && flatBehind) {
+        const bool flatAfter = isFlat(y, after);
+        if (flatBefore && flatAfter) {
             continue;
         }
         if (flatBefore) {
-            turns.push_back({i, y > behind, true});
-        } else if (flatBehind) {
+            turns.push_back({i, y > after, true});
+        } else if (flatAfter) {
             turns.push_back({i, !(before > y), true});
-        } else if (y > before && y > behind) {
+        } else if (y > before && y > after) {
             turns.push_back({i, true, false});
-        } else if (before > y && behind > y) {
+        } else if (before > y && after > y) {
             turns.push_back({i, false, false});
         }
     }

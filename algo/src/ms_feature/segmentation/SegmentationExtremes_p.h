@@ -28,9 +28,9 @@ struct Turn
 std::vector<Turn> turnsOf(const QList<QPointF>& curve, double flatThreshold);
 
 /// The turns of a curve as a list that alternates minimum, maximum, ..., minimum. Of maxima that
-/// follow one another the highest stays, the first of equals; between two minima that follow one
-/// another stands a filler, a maximum of height 0 at their midpoint. A maximum at the begin is
-/// preceded by a minimum of height 0 at its time; behind one at the end stands the last sample.
+/// follow one another the highest stays (the first one of several); between two minima that follow
+/// one another stands a filler, a maximum of height 0 at their midpoint. A maximum at the begin is
+/// preceded by a minimum of height 0 at its time; one at the end is followed by the last sample.
 QList<QPointF> alternatingExtremes(const QList<QPointF>& curve);
 
 /// The same for a curve that is nowhere negative, with steps of less than 1e-9 taken as flat. A

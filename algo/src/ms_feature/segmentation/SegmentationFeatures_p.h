@@ -23,7 +23,7 @@ Result<std::vector<Feature>> filterByShare(const std::vector<Feature>& features,
                                            double ratio);
 
 /// Keeps the candidates that lie wholly within `window` minutes around the apex of the one with the
-/// largest area, the first of equals; at least that one.
+/// largest area (the first one of several); at least that one.
 /// \return kError without candidates
 Result<std::vector<Feature>> filterByDistance(const std::vector<Feature>& features, double window);
 
@@ -42,14 +42,15 @@ void removeOverlaps(const PlotBase& plot, std::vector<Feature>* features);
 /// Merges neighbours that touch (within 0.01 min) where the plot has no real valley between them:
 /// the apex of one of the two differs from the boundary's height by less than `intensityRatio` of
 /// that height, and the apex of one of the two lies within `minSkew` of its duration from the
-/// boundary. All candidates are measured anew on the plot, without matches; those without area go.
+/// boundary. All candidates are measured again on the plot, without matches; those without area go.
 /// Nothing changes with fewer than two candidates or with a ratio of 0 or less.
 Error mergeContiguousFeatures(const PlotBase& plot,
                               double intensityRatio,
                               double minSkew,
                               std::vector<Feature>* features);
 
-/// Gives each match to the candidate nearest to its time, the first of equals, however far away.
+/// Gives each match to the candidate nearest to its time, however far away; the first one of
+/// several.
 void distributePSMToFeatures(const QList<PeptideSpectrumMatch>& psms,
                              std::vector<Feature>* features);
 
