@@ -13,9 +13,6 @@
 #include <QElapsedTimer>
 #include <QObject>
 
-#include <algorithm>
-#include <iterator>
-
 namespace zel {
 
 namespace {
