@@ -1,11 +1,13 @@
 #include "BulkXicExtractor.h"
 
+#include "common/ms_types/ScanReading.h"
 #include "common/stable/Logging.h"
 
 #include <QElapsedTimer>
 
 #include <algorithm>
-#include <numeric>
+#include <cmath>
+#include <new>
 #include <span>
 #include <vector>
 
@@ -20,8 +22,6 @@ namespace {
 using MzSet = math::ClosedMultiInterval<double, 10>;
 using TimeSet = math::ClosedMultiInterval<double, 6>;
 
-/// How many scans are asked of the source at once.
-constexpr qsizetype kChunkSize = 250;
 /// What a peak may lie outside the m/z window, in Th, so that rounding of the window's ends loses
 /// none.
 constexpr double kMzEdgeTolerance = 1e-10;
@@ -51,17 +51,22 @@ struct ScanRun
 };
 
 /// Finds the scans of each XIC by bisection over the scan times, as runs of consecutive scans. A
-/// scan belongs to an XIC exactly when TimeSet::contains says so.
+/// scan belongs to an XIC exactly when TimeSet::contains says so, and to none when its time is NaN.
 class ScanRunFinder
 {
 public:
     explicit ScanRunFinder(const QList<ScanInfoBasic>& scans)
-        : m_scanByTime(static_cast<std::size_t>(scans.size()))
     {
-        std::iota(m_scanByTime.begin(), m_scanByTime.end(), qsizetype{0});
         const auto time = [&scans](qsizetype scan) { return scans[scan].retentionTimeMinutes; };
-        m_ascending = std::ranges::is_sorted(m_scanByTime, {}, time);
-        if (!m_ascending) {
+        m_scanByTime.reserve(static_cast<std::size_t>(scans.size()));
+        for (qsizetype scan = 0; scan < scans.size(); ++scan) {
+            if (!std::isnan(time(scan))) {
+                m_scanByTime.push_back(scan);
+            }
+        }
+        const bool isSorted = std::ranges::is_sorted(m_scanByTime, {}, time);
+        m_isScanOrder = isSorted && std::ssize(m_scanByTime) == scans.size();
+        if (!isSorted) {
             std::ranges::stable_sort(m_scanByTime, {}, time);
         }
         m_times.reserve(m_scanByTime.size());
@@ -94,7 +99,7 @@ private:
                          qsizetype last,
                          std::vector<ScanRun>& runs) const
     {
-        if (m_ascending && first < last) {
+        if (m_isScanOrder && first < last) {
             runs.push_back({xicIndex, first, last - 1});
             return;
         }
@@ -106,7 +111,7 @@ private:
 
     std::vector<qsizetype> m_scanByTime;
     std::vector<double> m_times;
-    bool m_ascending;
+    bool m_isScanOrder; ///< positions in the order by time are numbers of scans
 };
 
 /// All runs, by first scan and then by XIC.
@@ -167,6 +172,7 @@ public:
         m_xics.resize(xicCount);
         m_nextPoint.reserve(static_cast<std::size_t>(xicCount));
         for (qsizetype i = 0; i < xicCount; ++i) {
+            m_xics[i].reserve(pointCounts[i]); // resize alone takes half as much again
             m_xics[i].resize(pointCounts[i]);
             m_nextPoint.push_back(m_xics[i].data());
         }
@@ -233,6 +239,58 @@ QList<QPointF> mergeGroup(int groupIndex,
     }
 }
 
+/// Merges the XICs, which stand in the order of their groups, group by group.
+QList<QList<QPointF>> mergeGroups(const QList<QList<XicDimensions>>& groups,
+                                  const QList<QList<QPointF>>& xics,
+                                  BulkXicExtractor::Aggregate aggregate)
+{
+    QList<QList<QPointF>> merged;
+    merged.reserve(groups.size());
+    std::span<const QList<QPointF>> remaining(xics);
+    for (qsizetype i = 0; i < groups.size(); ++i) {
+        const auto memberCount = static_cast<std::size_t>(groups[i].size());
+        merged.append(mergeGroup(static_cast<int>(i), remaining.first(memberCount), aggregate));
+        remaining = remaining.subspan(memberCount);
+    }
+    return merged;
+}
+
+/// The pass over the scans: reads them in chunks and sums each spectrum inside the m/z set of each
+/// XIC that takes it.
+Result<QList<QList<QPointF>>> cutXics(msreader::MsDataSourceInterface* source,
+                                      const QList<ScanInfoBasic>& scans,
+                                      PeakPickingFilter filter,
+                                      const QList<MzSet>& mzSets,
+                                      const std::vector<ScanRun>& runs,
+                                      const QSharedPointer<ProgressBarInterface>& progress)
+{
+    XicWriter writer(mzSets.size(), runs);
+    XicsOfScan xicsOfScan(runs);
+    ProgressContext context(msreader::chunkCount(scans.size()), progress);
+    for (qsizetype start = 0; start < scans.size(); start += msreader::kScansPerChunk) {
+        const qsizetype end = std::min(start + msreader::kScansPerChunk, scans.size());
+        ZEL_ASSIGN_OR_RETURN(const QList<QList<QPointF>> spectra,
+                             msreader::readScans(source, scans, start, end, filter));
+        for (qsizetype scan = start; scan < end; ++scan) {
+            const double time = scans[scan].retentionTimeMinutes;
+            for (const ScanRun& run : xicsOfScan.advanceTo(scan)) {
+                const double sum = sumInside(spectra[scan - start], mzSets[run.xicIndex]);
+                writer.append(run.xicIndex, QPointF(time, sum));
+            }
+        }
+        ++context;
+        if (context.isCanceled()) {
+            ZEL_RETURN_ERROR(kOperationCanceledError);
+        }
+    }
+    return writer.takeXics();
+}
+
+Error notEnoughMemoryFor(qsizetype xicCount)
+{
+    return Error(kError, QStringLiteral("Not enough memory for %1 chromatograms").arg(xicCount));
+}
+
 } // namespace
 
 BulkXicExtractor::BulkXicExtractor(msreader::MsDataSourceInterface* source)
@@ -244,7 +302,7 @@ Result<QList<QList<QPointF>>> BulkXicExtractor::xic(
     int msLevel,
     PeakPickingFilter filter,
     const QSharedPointer<ProgressBarInterface>& progress) const
-{
+try {
     if (filter != PeakPickingFilter::Profile && filter != PeakPickingFilter::Centroid) {
         ZEL_RETURN_ERROR(kBadParameterError,
                          "Profile and Centroid peak picking modes are supported only");
@@ -267,42 +325,14 @@ Result<QList<QList<QPointF>>> BulkXicExtractor::xic(
         qCDebug(algoLog) << "BulkXicExtractor::xic preparation time: " << timer.restart();
     }
 
-    XicWriter writer(dimensions.size(), runs);
-    XicsOfScan xicsOfScan(runs);
-    const qsizetype chunkCount = (scans.size() + kChunkSize - 1) / kChunkSize;
-    ProgressContext context(static_cast<int>(chunkCount), progress);
-    QList<MsQuery> queries;
-    queries.reserve(kChunkSize);
-    for (qsizetype chunkStart = 0; chunkStart < scans.size(); chunkStart += kChunkSize) {
-        const qsizetype chunkEnd = std::min(chunkStart + kChunkSize, scans.size());
-        queries.clear();
-        for (qsizetype scan = chunkStart; scan < chunkEnd; ++scan) {
-            queries.append(MsQuery(scans[scan].scanId, filter));
-        }
-        ZEL_ASSIGN_OR_RETURN(const QList<QList<QPointF>> spectra, m_source->scanData(queries));
-        if (spectra.size() != queries.size()) {
-            ZEL_RETURN_ERROR(kError,
-                             QStringLiteral("The data source gave %1 spectra for %2 queries")
-                                 .arg(spectra.size())
-                                 .arg(queries.size()));
-        }
-        for (qsizetype scan = chunkStart; scan < chunkEnd; ++scan) {
-            const QList<QPointF>& spectrum = spectra[scan - chunkStart];
-            const double time = scans[scan].retentionTimeMinutes;
-            for (const ScanRun& run : xicsOfScan.advanceTo(scan)) {
-                writer.append(run.xicIndex,
-                              QPointF(time, sumInside(spectrum, expanded[run.xicIndex])));
-            }
-        }
-        ++context;
-        if (context.isCanceled()) {
-            ZEL_RETURN_ERROR(kOperationCanceledError);
-        }
-    }
+    ZEL_ASSIGN_OR_RETURN(QList<QList<QPointF>> xics,
+                         cutXics(m_source, scans, filter, expanded, runs, progress));
     if (logTimes) {
         qCDebug(algoLog) << "BulkXicExtractor::xic extraction time: " << timer.elapsed();
     }
-    return writer.takeXics();
+    return xics;
+} catch (const std::bad_alloc&) {
+    ZEL_RETURN_ERROR(notEnoughMemoryFor(dimensions.size()));
 }
 
 Result<QList<QList<QPointF>>> BulkXicExtractor::xic(
@@ -311,9 +341,13 @@ Result<QList<QList<QPointF>>> BulkXicExtractor::xic(
     int msLevel,
     PeakPickingFilter filter,
     const QSharedPointer<ProgressBarInterface>& progress) const
-{
+try {
     if (dimensionGroups.isEmpty()) {
         return QList<QList<QPointF>>();
+    }
+    const auto hasSeveral = [](const QList<XicDimensions>& group) { return group.size() > 1; };
+    if (aggregate == nullptr && std::ranges::any_of(dimensionGroups, hasSeveral)) {
+        ZEL_RETURN_ERROR(kError, "A group of several chromatograms needs a function to fold them");
     }
     // Only a probe that the source is usable; the range itself is not needed.
     ZEL_ASSIGN_OR_RETURN([[maybe_unused]] const TimeSet probe, m_source->retentionTimeRange());
@@ -323,16 +357,9 @@ Result<QList<QList<QPointF>>> BulkXicExtractor::xic(
         flat.append(group);
     }
     ZEL_ASSIGN_OR_RETURN(const QList<QList<QPointF>> xics, xic(flat, msLevel, filter, progress));
-
-    QList<QList<QPointF>> merged;
-    merged.reserve(dimensionGroups.size());
-    std::span<const QList<QPointF>> remaining(xics);
-    for (qsizetype i = 0; i < dimensionGroups.size(); ++i) {
-        const auto memberCount = static_cast<std::size_t>(dimensionGroups[i].size());
-        merged.append(mergeGroup(static_cast<int>(i), remaining.first(memberCount), aggregate));
-        remaining = remaining.subspan(memberCount);
-    }
-    return merged;
+    return mergeGroups(dimensionGroups, xics, aggregate);
+} catch (const std::bad_alloc&) {
+    ZEL_RETURN_ERROR(notEnoughMemoryFor(dimensionGroups.size()));
 }
 
 } // namespace zel

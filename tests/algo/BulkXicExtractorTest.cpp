@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
+#include <new>
 #include <random>
 
 namespace zel {
@@ -193,6 +195,53 @@ TEST(BulkXicExtractorTest, ProbesTheSourceBeforeGroups)
     probe.failRangeWith = Error(kFileOpenError, "gone");
     EXPECT_THAT(extractor.xic({{}}, sumAggregate, 1, PeakPickingFilter::Centroid, {}),
                 HasError(kFileOpenError, "gone"));
+}
+
+TEST(BulkXicExtractorTest, LeavesScansWithoutATimeOutAndTakesNoMoreMemoryThanItNeeds)
+{
+    struct NanTime : SourceProbe
+    {
+        using SourceProbe::scanInfoBasic;
+        using SourceProbe::SourceProbe;
+        Result<QList<msreader::ScanInfoBasic>> scanInfoBasic(
+            const QList<msreader::MsScanId>& ids) override
+        {
+            auto infos = SourceProbe::scanInfoBasic(ids);
+            infos.value()[1].retentionTimeMinutes = std::nan("");
+            return infos;
+        }
+    };
+    const auto source = test::runOf({1, 2, 3, 4}, {{500, 10}});
+    NanTime probe(source.get());
+    for (const bool isReversed : {false, true}) {
+        probe.reverseScanIds = isReversed;
+        const Xics xics = test::valueOf(extract(
+            &probe, {XicDimensions({499, 501}, {1, 3}), XicDimensions({499, 501}, kAllTimes)}));
+        EXPECT_EQ(xics[0].size(), 2);
+        ASSERT_EQ(xics[1].size(), 3);
+        EXPECT_EQ(xics[1][0], QPointF(isReversed ? 4 : 1, 10));
+        EXPECT_EQ(xics[1].capacity(), 3);
+    }
+}
+
+TEST(BulkXicExtractorTest, GivesAnErrorWithoutMemoryOrAFunctionToFold)
+{
+    const auto source = test::runOf({1, 2}, {{500, 10}});
+    const XicDimensions box({499, 501}, kAllTimes);
+    SourceProbe probe(source.get());
+    probe.beforeReading = [] { throw std::bad_alloc(); };
+    EXPECT_THAT(extract(&probe, {box}), HasError(kError, "Not enough memory for 1 chromatograms"));
+    const auto xicsOf = [&source](const QList<QList<XicDimensions>>& groups, auto aggregate) {
+        return BulkXicExtractor(source.get())
+            .xic(groups, aggregate, 1, PeakPickingFilter::Centroid, {});
+    };
+    const auto outOfMemory = [](int, const QList<double>&) -> double { throw std::bad_alloc(); };
+    EXPECT_THAT(xicsOf({{box, box}}, outOfMemory),
+                HasError(kError, "Not enough memory for 1 chromatograms"));
+    const BulkXicExtractor::Aggregate none = nullptr;
+    EXPECT_THAT(xicsOf({{box}, {box, box}}, none),
+                HasError(kError, "A group of several chromatograms needs a function to fold them"));
+    EXPECT_THAT(xicsOf({{box}, {}}, none), IsOk()) << "nothing to fold";
 }
 
 } // namespace zel

@@ -11,11 +11,16 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <sys/resource.h>
+
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
+#include <iostream>
 #include <limits>
 #include <memory>
+#include <new>
 
 namespace zel {
 
@@ -248,6 +253,9 @@ TEST_F(TurboXicCacheTest, RefusesDamagedBytesAndStaysAsItWas)
         {"scan count that overflows",
          [&](QByteArray& bytes) { putBigEndian(bytes, places.timeCount, huge / 4); }},
         {"NaN time", [&](QByteArray& bytes) { putRaw(bytes, places.times, std::nan("")); }},
+        {"NaN intensity",
+         [&](QByteArray& bytes) { putRaw(bytes, places.values + 8, std::nan("")); }},
+        {"infinite intensity", [&](QByteArray& bytes) { putRaw(bytes, places.values, -HUGE_VAL); }},
         {"descending times", [&](QByteArray& bytes) { putRaw(bytes, places.times, 99.0); }},
         {"negative rows", [&](QByteArray& bytes) { putBigEndian(bytes, places.shape, -5); }},
         {"rows beyond an index",
@@ -398,7 +406,48 @@ TEST_F(TurboXicCacheTest, LoaderReusesOrBuildsAndNeverRemovesForeignFiles)
     TurboXic failed(smallSettings());
     EXPECT_FALSE(load("new.Turbo.cache", fingerprint, &failed));
     EXPECT_FALSE(QFile::exists(path("new.Turbo.cache")));
+    probe.beforeReading = [] { throw std::bad_alloc(); };
+    EXPECT_FALSE(load("new.Turbo.cache", fingerprint, &failed));
     QLoggingCategory::setFilterRules(QStringLiteral("zel.*.debug=false"));
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they need the address space
+/// Takes all memory but pieces below this size.
+void useUpMemory(std::size_t pieceBytes)
+{
+    const rlimit limit{std::size_t{1} << 30, std::size_t{1} << 30};
+    setrlimit(RLIMIT_AS, &limit);
+    void* volatile piece = nullptr; // volatile: else the compiler leaves the loop out
+    do {
+        piece = std::malloc(pieceBytes);
+    } while (piece != nullptr);
+}
+
+TEST_F(TurboXicCacheTest, GivesAnErrorWhereThereIsNoMemoryToSaveOrLoad)
+{
+    QList<QPointF> peaks;
+    for (int i = 0; i < 20'000; ++i) {
+        peaks.append(QPointF(1.0 + 0.01 * i, 1.0));
+    }
+    TurboXicSettings settings = smallSettings();
+    settings.maxIonCount = 20'000;
+    TurboXic index(settings);
+    ASSERT_THAT(index.init(test::runOf(QList<double>(50, 1.0), peaks).get(), {}, {}), IsOk());
+    ASSERT_THAT(index.save(path("good.Turbo.cache")), IsOk()); // 12 MB
+    TurboXic other(settings);
+    EXPECT_EXIT(
+        {
+            useUpMemory(1 << 20);
+            const Error saved = index.save(path("bad.Turbo.cache"));
+            const Error loaded = other.load(path("good.Turbo.cache"));
+            std::cerr << saved.message().toStdString() << '|' << loaded.message().toStdString();
+            std::_Exit(0);
+        },
+        ::testing::ExitedWithCode(0),
+        "Not enough memory for the index.Not enough memory for the index");
+    EXPECT_FALSE(QFile::exists(path("bad.Turbo.cache")));
+    EXPECT_THAT(other.load(path("good.Turbo.cache")), IsOk());
+}
+#endif
 
 } // namespace zel

@@ -213,7 +213,11 @@ TEST(TurboXicTest, KeepsTheLastPeakOfABinAsItIs)
     const double fine = 1.0 + 1e-12; // more than single precision holds
     const auto source = test::runOf({1, 2}, {{400.1001, 5}, {400.1002, fine}, {401.9996, 9}});
     TurboXic turbo(kSettings);
-    ASSERT_THAT(buildFrom(source.get(), &turbo), IsOk());
+    const Error built = buildFrom(source.get(), &turbo);
+    ASSERT_THAT(built, IsOk());
+    EXPECT_THAT(built.warnings(),
+                ElementsAre(QStringLiteral("2 of 4 peaks share an m/z bin of their scan with a "
+                                           "later one, and are left out")));
     EXPECT_THAT(test::valueOf(turbo.retrieveScanData(1)), ElementsAre(QPointF(400.1, fine)))
         << "the peak at 401.9996 would be in the bin behind the last";
     EXPECT_EQ(test::valueOf(turbo.retrieveXic({kAllMz, kAllTimes}))[0].y(), 1.0);
@@ -317,6 +321,8 @@ TEST(TurboXicTest, AFailedBuildLeavesTheObjectReadyForAnother)
         SourceProbe probe(source.get());
         probe.loseLastSpectrum = true;
         EXPECT_THAT(buildFrom(&probe, &turbo), HasError(kError));
+        probe.beforeReading = [] { throw std::bad_alloc(); };
+        EXPECT_THAT(buildFrom(&probe, &turbo), HasError(kError, "Not enough memory for the index"));
     }
     EXPECT_FALSE(turbo.isInitialized());
     EXPECT_THAT(turbo.retrieveXic({kAllMz, kAllTimes}), HasError(kError));

@@ -38,9 +38,9 @@ Result<TurboXicHeader> loadAndVerifyHeader(QDataStream& stream, const TurboXicSe
     return header;
 }
 
-/// The whole file; empty when it cannot be read, or not be held in memory.
+/// The whole file; empty when it cannot be read. May throw std::bad_alloc.
 QByteArray bytesOfFile(const QString& path)
-try {
+{
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         return {};
@@ -49,8 +49,11 @@ try {
     adviseLargePages(bytes.data(), static_cast<std::size_t>(bytes.size()));
     bytes.resize(std::max<qint64>(file.read(bytes.data(), bytes.size()), 0));
     return bytes;
-} catch (const std::bad_alloc&) {
-    return {};
+}
+
+Error notEnoughMemory()
+{
+    return Error(kError, "Not enough memory for the index");
 }
 
 } // namespace
@@ -71,7 +74,7 @@ QString TurboXic::cacheIdentifier()
 }
 
 Error TurboXic::save(const QString& path) const
-{
+try {
     const QByteArray bytes = turboXicCacheBytes(m_private->settings,
                                                 m_private->dataFingerprint,
                                                 m_private->intensityMatrix,
@@ -88,13 +91,17 @@ Error TurboXic::save(const QString& path) const
         ZEL_RETURN_ERROR(kError, "Writing data failed!");
     }
     return kNoError;
+} catch (const std::bad_alloc&) {
+    ZEL_RETURN_ERROR(notEnoughMemory());
 }
 
 Error TurboXic::load(const QString& path)
-{
+try {
     Error e;
     ZEL_RETURN_IF_ERROR(load(bytesOfFile(path)));
     return e;
+} catch (const std::bad_alloc&) {
+    ZEL_RETURN_ERROR(notEnoughMemory());
 }
 
 Error TurboXic::load(const QByteArray& bytes)
@@ -108,7 +115,7 @@ try {
     m_private->dataFingerprint = header.dataFingerprint;
     return kNoError;
 } catch (const std::bad_alloc&) {
-    ZEL_RETURN_ERROR(kError, "Not enough memory for the index");
+    ZEL_RETURN_ERROR(notEnoughMemory());
 }
 
 bool TurboXic::isValidCacheFile(const QString& path) const

@@ -172,6 +172,17 @@ void completeColumnStarts(std::span<int> starts, int entryCount)
     }
 }
 
+/// Whether no intensity is NaN or infinite.
+bool areFinite(std::span<const double> values)
+{
+    // Counted without a branch, so that the compiler compares several values at once.
+    std::size_t notFinite = 0;
+    for (const double value : values) {
+        notFinite += std::abs(value) <= std::numeric_limits<double>::max() ? 0 : 1;
+    }
+    return notFinite == 0;
+}
+
 /// Whether columns follow each other from 0 to the end of the entries, and rows ascend inside each.
 bool isInOrder(std::span<const int> starts, std::span<const int> rowsOfEntries, qint64 rows)
 {
@@ -211,6 +222,9 @@ bool readMatrix(QDataStream& stream, qint64 scanCount, Eigen::SparseMatrix<doubl
     if (!readRaw(stream, matrix.valuePtr(), shape.entryCount) ||
         !readRaw(stream, starts.data(), shape.columns) ||
         !readRaw(stream, matrix.innerIndexPtr(), shape.entryCount)) {
+        return false;
+    }
+    if (!areFinite({matrix.valuePtr(), static_cast<std::size_t>(entryCount)})) {
         return false;
     }
     starts.back() = entryCount;

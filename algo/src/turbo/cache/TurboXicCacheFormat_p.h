@@ -36,8 +36,8 @@ void prepareTurboXicStream(QDataStream& stream);
 Result<TurboXicHeader> readTurboXicHeader(QDataStream& stream);
 
 /// Reads what follows the header. Nothing in the bytes is trusted: counts are held against the
-/// bytes that are left before memory is allocated, and the indices of the matrix must be in order
-/// and in range. \return kFileFormatError, "Invalid file format"
+/// bytes that are left before memory is allocated, times and intensities must be finite, and the
+/// indices of the matrix in order and in range. \return kFileFormatError, "Invalid file format"
 Result<TurboXicContent> readTurboXicContent(QDataStream& stream);
 
 } // namespace zel

@@ -5,6 +5,7 @@
 
 #include <QFile>
 
+#include <new>
 #include <utility>
 
 namespace zel {
@@ -19,7 +20,7 @@ TurboXicLoader::TurboXicLoader(TurboXic* turbo,
 
 bool TurboXicLoader::tryLoadOrCreateCacheFile(msreader::MsDataSourceInterface* source,
                                               const QString& dataFingerprint)
-{
+try {
     if (QFile::exists(m_cachePath)) {
         qCDebug(algoLog).noquote() << QStringLiteral("Reusing cache file: %1").arg(m_cachePath);
         if (m_turbo->isValidCacheFile(m_cachePath)) {
@@ -49,6 +50,9 @@ bool TurboXicLoader::tryLoadOrCreateCacheFile(msreader::MsDataSourceInterface* s
         return false;
     }
     return loadCache().equals(kNoError);
+} catch (const std::bad_alloc&) {
+    qCWarning(algoLog) << "Not enough memory for the index";
+    return false;
 }
 
 bool TurboXicLoader::tryCreateCache(msreader::MsDataSourceInterface* source,

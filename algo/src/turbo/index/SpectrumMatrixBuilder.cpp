@@ -66,7 +66,9 @@ bool SpectrumMatrixBuilder::appendColumn(const QList<QPointF>& spectrum)
             rows[size] = lastRow = row;
             values[size++] = peak.y();
         } else {
-            size += putBetween(row, peak.y(), rows, values, size);
+            const int grown = putBetween(row, peak.y(), rows, values, size);
+            size += grown;
+            m_replacedCount += 1 - grown;
         }
     }
     m_entryCount += size;

@@ -25,6 +25,8 @@ public:
     void skipToColumn(int column);
 
     Eigen::Index entryCount() const { return m_entryCount; }
+    /// How many peaks gave way to a later one of their spectrum in the same row.
+    Eigen::Index replacedCount() const { return m_replacedCount; }
 
     /// Hands the matrix over, its remaining columns empty, and all but a small part of the room
     /// that was not used released.
@@ -39,6 +41,7 @@ private:
     int m_granularity;
     int m_nextColumn = 0;
     Eigen::Index m_entryCount = 0;
+    Eigen::Index m_replacedCount = 0;
 };
 
 } // namespace zel

@@ -55,7 +55,7 @@ Error TurboXic::init(msreader::MsDataSourceInterface* source,
     if (!m_private->initialized) {
         ZEL_RETURN_IF_ERROR(m_private->build(source, dataFingerprint, progress));
     }
-    return kNoError;
+    return e;
 }
 
 bool TurboXic::isInitialized() const

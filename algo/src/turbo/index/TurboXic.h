@@ -49,8 +49,9 @@ public:
     /// \param source           borrowed for the call
     /// \param dataFingerprint  a text that stands for the data, kept beside the index
     /// \param progress         one step a chunk; may be null. The build cannot be canceled
-    /// \return the failure of the source; kError when a setting is 0, without MS1 scans, or without
-    ///         a single peak. The object is then still not initialized
+    /// \return the failure of the source; kError when a setting is 0, without MS1 scans, without a
+    ///         single peak, or when memory runs out. The object is then still not initialized. On
+    ///         success a warning counts the peaks that gave way to one in the same bin
     Error init(msreader::MsDataSourceInterface* source,
                const QString& dataFingerprint,
                QSharedPointer<ProgressBarInterface> progress);
@@ -94,14 +95,16 @@ public:
 
     /// Writes the index to a cache file, in the format of docs/file-formats.md. The file is
     /// replaced as a whole or left as it was; missing folders are made. \return kFileOpenError when
-    /// the folder or the file cannot be made, kError when writing fails
+    /// the folder or the file cannot be made, kError when writing fails or memory runs out: the
+    /// bytes are put together before the file is touched, so that its size is needed once more
     Error save(const QString& path) const;
 
     /// Takes the index of a cache file. The file is read completely before anything is believed:
-    /// whatever is wrong with it, the object stays as it was. \return kFileFormatError: "Invalid
-    /// header" when it is no cache file or cannot be read, "Invalid
-    ///         version", "MSReader options does not match" when it was made with other settings
-    ///         (`preGuavaCompatible` apart), or "Invalid file format"
+    /// whatever is wrong with it, the object stays as it was.
+    /// \return kFileFormatError: "Invalid header" when it is no cache file or cannot be read,
+    ///         "Invalid version", "MSReader options does not match" when it was made with other
+    ///         settings (`preGuavaCompatible` apart), or "Invalid file format", also for times and
+    ///         intensities that are not finite; kError when memory runs out
     Error load(const QString& path);
     Error load(const QByteArray& bytes);
 

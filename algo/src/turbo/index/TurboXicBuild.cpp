@@ -2,6 +2,7 @@
 #include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
 #include "common/ms_types/MsDataSourceInterface.h"
 #include "common/ms_types/MsReaderThreadPoolProvider.h"
+#include "common/ms_types/ScanReading.h"
 #include "common/stable/Logging.h"
 #include "common/stable/PointList.h"
 #include "turbo/index/SpectrumMatrixBuilder_p.h"
@@ -22,9 +23,6 @@ using msreader::MsScanId;
 using msreader::ScanInfoBasic;
 
 namespace {
-
-/// How many scans are asked of the source at once.
-constexpr qsizetype kChunkSize = 250;
 
 /// Of how many chunks the last one is logged.
 constexpr qsizetype kChunksPerLogLine = 4;
@@ -54,19 +52,10 @@ Result<QList<ScanInfoBasic>> ms1Scans(msreader::MsDataSourceInterface* source)
     return scans;
 }
 
-/// Reads the scans and keeps the most intense peaks of each. A spectrum that has more is trimmed by
-/// a task of its own on the threads of the pool. May throw std::bad_alloc.
-Result<QList<QList<QPointF>>> readTrimmed(msreader::MsDataSourceInterface* source,
-                                          const QList<MsQuery>& queries,
-                                          int maxIonCount)
+/// Keeps the most intense peaks of each spectrum. One that has more is trimmed by a task of its own
+/// on the threads of the pool. May throw std::bad_alloc.
+void trim(QList<QList<QPointF>>& spectra, int maxIonCount)
 {
-    ZEL_ASSIGN_OR_RETURN(QList<QList<QPointF>> spectra, source->scanData(queries));
-    if (spectra.size() != queries.size()) {
-        ZEL_RETURN_ERROR(kError,
-                         QStringLiteral("The data source gave %1 spectra for %2 queries")
-                             .arg(spectra.size())
-                             .arg(queries.size()));
-    }
     std::atomic<bool> outOfMemory = false;
     QFutureSynchronizer<void> tasks; // waits for all of them before the spectra go
     for (QList<QPointF>& spectrum : spectra) {
@@ -86,7 +75,6 @@ Result<QList<QList<QPointF>>> readTrimmed(msreader::MsDataSourceInterface* sourc
     if (outOfMemory) {
         throw std::bad_alloc();
     }
-    return spectra;
 }
 
 /// Fills the columns of all scans, in their order.
@@ -96,22 +84,20 @@ Error appendScans(msreader::MsDataSourceInterface* source,
                   const QSharedPointer<ProgressBarInterface>& progress,
                   SpectrumMatrixBuilder* builder)
 {
-    const qsizetype chunkCount = (scans.size() + kChunkSize - 1) / kChunkSize;
-    ProgressContext context(static_cast<int>(chunkCount), progress);
-    QList<MsQuery> queries;
-    queries.reserve(kChunkSize);
-    for (qsizetype chunk = 0; chunk < chunkCount; ++chunk) {
+    const int chunkCount = msreader::chunkCount(scans.size());
+    ProgressContext context(chunkCount, progress);
+    for (int chunk = 0; chunk < chunkCount; ++chunk) {
+        const qsizetype start = chunk * msreader::kScansPerChunk;
+        const qsizetype end = start + msreader::kScansPerChunk;
         if (chunk % kChunksPerLogLine == kChunksPerLogLine - 1) {
-            qCDebug(algoLog) << "LOADING SCAN" << (chunk + 1) * kChunkSize << "FMDS";
+            qCDebug(algoLog) << "LOADING SCAN" << end << "FMDS";
         }
-        queries.clear();
-        const qsizetype chunkEnd = std::min((chunk + 1) * kChunkSize, scans.size());
-        for (qsizetype scan = chunk * kChunkSize; scan < chunkEnd; ++scan) {
-            queries.append(MsQuery(scans[scan].scanId, settings.peakPickingFilter));
-        }
-        ZEL_ASSIGN_OR_RETURN(const QList<QList<QPointF>> spectra,
-                             readTrimmed(source, queries, settings.maxIonCount));
-        for (const QList<QPointF>& spectrum : spectra) {
+        ZEL_ASSIGN_OR_RETURN(
+            QList<QList<QPointF>> spectra,
+            msreader::readScans(
+                source, scans, start, std::min(end, scans.size()), settings.peakPickingFilter));
+        trim(spectra, settings.maxIonCount);
+        for (const QList<QPointF>& spectrum : std::as_const(spectra)) {
             if (!builder->appendColumn(spectrum)) {
                 ZEL_RETURN_ERROR(kError, "The run has more peaks than an index can hold");
             }
@@ -126,7 +112,7 @@ Error appendScans(msreader::MsDataSourceInterface* source,
 Error TurboXic::Private::build(msreader::MsDataSourceInterface* source,
                                const QString& fingerprint,
                                const QSharedPointer<ProgressBarInterface>& progress)
-{
+try {
     Error e;
     ZEL_RETURN_IF_ERROR(ErrorUtils::equal<bool>(source != nullptr, true, Error(kError)));
     qCDebug(algoLog) << "init TurboXic by" << source->dataSourceInformation().description();
@@ -134,23 +120,25 @@ Error TurboXic::Private::build(msreader::MsDataSourceInterface* source,
     ZEL_RETURN_IF_ERROR(checkSettings(settings));
     ZEL_ASSIGN_OR_RETURN(const QList<ScanInfoBasic> scans, ms1Scans(source));
     const int maxBin = FeatureFinderUtilities::hashMz(settings.maxMz, settings.granularity);
-    try {
-        const auto scanCount = static_cast<int>(scans.size());
-        SpectrumMatrixBuilder builder(
-            std::max(maxBin, 0), scanCount, settings.granularity, settings.maxIonCount);
-        ZEL_RETURN_IF_ERROR(appendScans(source, scans, settings, progress, &builder));
-        ZEL_RETURN_IF_ERROR(
-            ErrorUtils::equal<bool>(builder.entryCount() != 0, true, Error(kError)));
-        Eigen::VectorXd times(scanCount);
-        std::ranges::transform(scans, times.begin(), &ScanInfoBasic::retentionTimeMinutes);
-        Eigen::SparseMatrix<double> matrix;
-        builder.finish(&matrix);
-        setContent(std::move(matrix), std::move(times));
-    } catch (const std::bad_alloc&) {
-        ZEL_RETURN_ERROR(
-            kError, QStringLiteral("Not enough memory for an index of %1 scans").arg(scans.size()));
+    const auto scanCount = static_cast<int>(scans.size());
+    SpectrumMatrixBuilder builder(
+        std::max(maxBin, 0), scanCount, settings.granularity, settings.maxIonCount);
+    ZEL_RETURN_IF_ERROR(appendScans(source, scans, settings, progress, &builder));
+    ZEL_RETURN_IF_ERROR(ErrorUtils::equal<bool>(builder.entryCount() != 0, true, Error(kError)));
+    Eigen::VectorXd times(scanCount);
+    std::ranges::transform(scans, times.begin(), &ScanInfoBasic::retentionTimeMinutes);
+    Eigen::SparseMatrix<double> matrix;
+    builder.finish(&matrix);
+    setContent(std::move(matrix), std::move(times));
+    if (builder.replacedCount() > 0) {
+        e.addWarning(QStringLiteral("%1 of %2 peaks share an m/z bin of their scan with a later "
+                                    "one, and are left out")
+                         .arg(builder.replacedCount())
+                         .arg(builder.replacedCount() + intensityMatrix.nonZeros()));
     }
-    return kNoError;
+    return e;
+} catch (const std::bad_alloc&) {
+    ZEL_RETURN_ERROR(kError, "Not enough memory for the index");
 }
 
 } // namespace zel
