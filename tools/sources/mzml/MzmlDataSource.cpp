@@ -42,6 +42,21 @@ Result<ScanInfo> MzmlDataSource::scanInfo(const MsScanId& id)
     return info;
 }
 
+qsizetype MzmlDataSource::largestPointCount(int msLevel) const
+{
+    qsizetype largest = 0;
+    for (const ScanIndex::Frame& frame : index().frames()) {
+        qsizetype pointCount = 0;
+        for (qsizetype i = frame.first; i < frame.first + frame.count; ++i) {
+            pointCount += m_stored[static_cast<std::size_t>(i)].pointCount;
+        }
+        if (index().record(frame.first).info.msLevel == msLevel) {
+            largest = std::max(largest, pointCount);
+        }
+    }
+    return largest;
+}
+
 Result<QList<QPointF>> MzmlDataSource::readRecord(qsizetype recordIndex)
 {
     ZEL_ASSIGN_OR_RETURN(QList<QPointF> points,

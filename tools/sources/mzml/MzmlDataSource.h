@@ -45,6 +45,10 @@ public:
 
     Result<ScanInfo> scanInfo(const MsScanId& id) override;
 
+    /// The points of the largest frame of an MS level, all its mobility scans together, as the file
+    /// announces them; 0 without a frame. Nothing is read.
+    qsizetype largestPointCount(int msLevel) const;
+
 protected:
     Result<QList<QPointF>> readRecord(qsizetype recordIndex) override;
     bool hasCombinedFrames() const override;

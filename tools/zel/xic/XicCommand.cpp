@@ -28,7 +28,7 @@ struct XicOptions
     bool profile = false;
     bool turbo = false;
     std::string cache;
-    int maxIonCount = 1000;
+    int maxIonCount = 0; ///< 0: no limit
     std::string isotopes;
     double mass = 0.0;
     int charge = 0;
@@ -74,8 +74,10 @@ Result<IsotopeTarget> isotopeTargetOf(const XicOptions& options,
     return target;
 }
 
+/// \param largestScan  points of the largest MS1 scan
 Result<QList<NamedXic>> extract(const XicOptions& options,
                                 const QList<XicTarget>& targets,
+                                int largestScan,
                                 msreader::MsDataSourceInterface* source,
                                 const QSharedPointer<ProgressBarInterface>& progress)
 {
@@ -84,15 +86,15 @@ Result<QList<NamedXic>> extract(const XicOptions& options,
         return extractIsotopes(target, source);
     }
     if (options.turbo) {
-        QString what;
-        auto xics = extractFromIndex(targets,
-                                     options.maxIonCount,
-                                     QString::fromStdString(options.cache),
-                                     source,
-                                     progress,
-                                     &what);
-        if (!what.isEmpty()) {
-            std::cerr << "zel: " << what.toStdString() << '\n';
+        QStringList notes;
+        auto xics = extractFromIndex(
+            targets,
+            {options.maxIonCount, largestScan, QString::fromStdString(options.cache)},
+            source,
+            progress,
+            &notes);
+        for (const QString& note : std::as_const(notes)) {
+            std::cerr << "zel: " << note.toStdString() << '\n';
         }
         return xics;
     }
@@ -128,7 +130,11 @@ Error run(const XicOptions& options, const CommandContext& context)
     ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
     ZEL_RETURN_IF_ERROR(checkHasMsLevel(source.get(), path, options.msLevel));
     ZEL_ASSIGN_OR_RETURN(const QList<NamedXic> xics,
-                         extract(options, targets, source.get(), context.progress));
+                         extract(options,
+                                 targets,
+                                 static_cast<int>(source->largestPointCount(1)),
+                                 source.get(),
+                                 context.progress));
 
     writeTable(xics, *table);
     ZEL_RETURN_IF_ERROR(table->commit());
@@ -175,8 +181,9 @@ void addIndexOptions(CLI::App& command, XicOptions& options)
     command.add_option("--cache", options.cache, "Folder where the index is kept between runs")
         ->needs(turbo);
     command
-        .add_option("--max-ions", options.maxIonCount, "Most peaks of a scan that the index keeps")
-        ->capture_default_str()
+        .add_option("--max-ions",
+                    options.maxIonCount,
+                    "Most peaks of a scan that the index keeps; all if not given")
         ->check(CLI::Range(1, 1'000'000))
         ->needs(turbo);
     turbo->excludes(command.get_option("--profile"));

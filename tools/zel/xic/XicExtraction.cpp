@@ -3,16 +3,10 @@
 #include "BulkXicExtractor.h"
 #include "MultiIsotopeXic.h"
 #include "common/stable/NumberText.h"
-#include "turbo/cache/TurboXicLoader.h"
-#include "turbo/index/TurboXic.h"
+#include "tools/zel/xic/IndexCache.h"
 
-#include <QCryptographicHash>
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-
+#include <algorithm>
 #include <map>
-#include <memory>
 #include <numeric>
 #include <utility>
 
@@ -23,65 +17,6 @@ namespace {
 double sumOfMembers(int /*groupIndex*/, const QList<double>& values)
 {
     return std::accumulate(values.begin(), values.end(), 0.0);
-}
-
-/// What tells one data file from another without reading all of it: its name and size, and its
-/// first and last mebibyte.
-Result<QString> fingerprintOf(const QString& path)
-{
-    constexpr qint64 sampleBytes = 1 << 20;
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        ZEL_RETURN_ERROR(
-            kFileOpenError,
-            QStringLiteral("Could not open file %1: %2").arg(path, file.errorString()));
-    }
-    QCryptographicHash hash(QCryptographicHash::Sha256);
-    hash.addData(file.read(sampleBytes));
-    file.seek(std::max<qint64>(0, file.size() - sampleBytes));
-    hash.addData(file.read(sampleBytes));
-    return QStringLiteral("%1:%2:%3")
-        .arg(QFileInfo(path).fileName(),
-             QString::number(file.size()),
-             QString::fromLatin1(hash.result().toHex()));
-}
-
-/// The index, from the cache if there is one that fits, else built and put there.
-Result<std::unique_ptr<TurboXic>> indexWithCache(
-    const TurboXicSettings& settings,
-    const QString& cacheDirectory,
-    msreader::MsDataSourceInterface* source,
-    const QSharedPointer<ProgressBarInterface>& progress,
-    QString* what)
-{
-    Error e;
-    auto index = std::make_unique<TurboXic>(settings);
-    const QString runPath = source->dataSourceInformation().filePath;
-    ZEL_ASSIGN_OR_RETURN(const QString fingerprint, fingerprintOf(runPath));
-    if (cacheDirectory.isEmpty()) {
-        *what = QStringLiteral("built the index in memory");
-        ZEL_RETURN_IF_ERROR(index->init(source, fingerprint, progress));
-        return index;
-    }
-    const QString cachePath =
-        QDir(cacheDirectory).filePath(QFileInfo(runPath).fileName() + TurboXic::extension());
-    const bool reused = QFileInfo::exists(cachePath) && index->isValidCacheFile(cachePath);
-    if (TurboXicLoader(index.get(), cachePath, progress)
-            .tryLoadOrCreateCacheFile(source, fingerprint)) {
-        *what =
-            (reused ? QStringLiteral("reused the index %1") : QStringLiteral("built the index %1"))
-                .arg(cachePath);
-        return index;
-    }
-    // The file there belongs to other data, or the folder cannot be written: the work goes on
-    // without it.
-    *what = QStringLiteral("could not use %1, built the index in memory").arg(cachePath);
-    if (index->isInitialized() && index->dataFingerprint() == fingerprint) {
-        return index; // built, but not saved
-    }
-    index = std::make_unique<TurboXic>(settings);
-    ZEL_RETURN_IF_ERROR(index->init(source, fingerprint, progress));
-    return index;
 }
 
 /// The sum of the chromatograms of a target's boxes over the union of their times.
@@ -130,18 +65,25 @@ Result<QList<NamedXic>> extractInBulk(const QList<XicTarget>& targets,
 }
 
 Result<QList<NamedXic>> extractFromIndex(const QList<XicTarget>& targets,
-                                         int maxIonCount,
-                                         const QString& cacheDirectory,
+                                         const IndexOptions& options,
                                          msreader::MsDataSourceInterface* source,
                                          const QSharedPointer<ProgressBarInterface>& progress,
-                                         QString* what)
+                                         QStringList* notes)
 {
     TurboXicSettings settings;
-    settings.maxIonCount = maxIonCount;
+    settings.maxIonCount =
+        std::max(1, options.maxIonCount > 0 ? options.maxIonCount : options.largestScan);
+    if (settings.maxIonCount < options.largestScan) {
+        notes->append(QStringLiteral("--max-ions %1 keeps the highest peaks only: the largest scan "
+                                     "has %2 points")
+                          .arg(settings.maxIonCount)
+                          .arg(options.largestScan));
+    }
     progress->setText(QStringLiteral("Building the index"));
-    ZEL_ASSIGN_OR_RETURN(const auto index,
-                         indexWithCache(settings, cacheDirectory, source, progress, what));
-    if (!index->isValid()) {
+    ZEL_ASSIGN_OR_RETURN(const RunIndex run,
+                         indexOfRun(settings, options.cacheDirectory, source, progress));
+    notes->append(run.notes);
+    if (!run.index->isValid()) {
         ZEL_RETURN_ERROR(
             kBadParameterError,
             QStringLiteral("%1: an index needs at least two MS1 scans; leave out --turbo")
@@ -149,7 +91,7 @@ Result<QList<NamedXic>> extractFromIndex(const QList<XicTarget>& targets,
     }
     QList<NamedXic> named;
     for (const XicTarget& target : targets) {
-        ZEL_ASSIGN_OR_RETURN(const QList<QPointF> xic, retrieveTarget(*index, target));
+        ZEL_ASSIGN_OR_RETURN(const QList<QPointF> xic, retrieveTarget(*run.index, target));
         named.append({target.name, xic});
     }
     return named;

@@ -5,6 +5,8 @@
 #include "tools/zel/xic/ChromatogramPlot.h"
 #include "tools/zel/xic/XicWindows.h"
 
+#include <QStringList>
+
 namespace zel::tool {
 
 // The roads from windows to chromatograms.
@@ -22,16 +24,21 @@ Result<QList<NamedXic>> extractInBulk(const QList<XicTarget>& targets,
                                       msreader::MsDataSourceInterface* source,
                                       const QSharedPointer<ProgressBarInterface>& progress);
 
+/// How an index is made.
+struct IndexOptions
+{
+    int maxIonCount = 0;    ///< most peaks kept of a scan; 0: all
+    int largestScan = 0;    ///< points of the largest MS1 scan
+    QString cacheDirectory; ///< where indexes are kept between runs; empty: nowhere
+};
+
 /// Out of an index of the run's MS1 centroids.
-/// \param maxIonCount     most peaks kept of a scan
-/// \param cacheDirectory  where the index is kept between runs; empty: it is built in memory
-/// \param what            receives a sentence on where the index came from
+/// \param notes  receives lines for the user: what was left out, where the index came from
 Result<QList<NamedXic>> extractFromIndex(const QList<XicTarget>& targets,
-                                         int maxIonCount,
-                                         const QString& cacheDirectory,
+                                         const IndexOptions& options,
                                          msreader::MsDataSourceInterface* source,
                                          const QSharedPointer<ProgressBarInterface>& progress,
-                                         QString* what);
+                                         QStringList* notes);
 
 /// An ion whose isotopes are folded into one chromatogram.
 struct IsotopeTarget
