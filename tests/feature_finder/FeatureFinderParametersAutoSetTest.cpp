@@ -110,25 +110,22 @@ TEST(FeatureFinderParametersAutoSetTest, SetsKernelAndLengthFromTheRichestFrames
 TEST(FeatureFinderParametersAutoSetTest, LeavesAloneWhatItCannotEstimate)
 {
     const auto mobility = mobilityRun(3, numbersUpTo(3));
-    const auto withoutMobility = runOf({0.1, 0.2}, {{500.0, 10.0}});
-    const auto widthAfter = [](SettableFeatureFinderParameters params,
-                               msreader::MsDataSourceInterface* source) {
+    const auto widthAfter = [&](auto change, msreader::MsDataSourceInterface* source) {
+        SettableFeatureFinderParameters params = startingPoint();
+        change(params);
         return valueOf(FeatureFinderParametersAutoSet().run(params, source)).d2KernelWidth;
     };
-    EXPECT_NE(widthAfter(startingPoint(), mobility.get()), -7);
-    EXPECT_EQ(widthAfter(startingPoint(), withoutMobility.get()), -7);
-    SettableFeatureFinderParameters twoFrames = startingPoint();
-    twoFrames.numberOfFramesToSum = 2; // the window of the last frame is not full
-    EXPECT_EQ(widthAfter(twoFrames, mobility.get()), -7);
-    for (const int passes : {0, 14}) { // 14: the widths of 5 and more are fewer than five
-        SettableFeatureFinderParameters params = startingPoint();
-        params.d2SmoothingPasses = passes;
-        EXPECT_EQ(widthAfter(params, mobility.get()), -7) << passes;
-    }
-    for (const int version : {0, 1}) {
-        SettableFeatureFinderParameters params = startingPoint();
-        params.featureFinderVersion = version;
-        EXPECT_EQ(widthAfter(params, mobility.get()), -7) << version;
+    using Parameters = SettableFeatureFinderParameters;
+    const auto nothing = [](Parameters&) {};
+    EXPECT_NE(widthAfter(nothing, mobility.get()), -7);
+    EXPECT_EQ(widthAfter(nothing, runOf({0.1, 0.2}, {{500.0, 10.0}}).get()), -7);
+    const std::pair<const char*, void (*)(Parameters&)> changes[] = {
+        {"the last window is not full", [](Parameters& p) { p.numberOfFramesToSum = 2; }},
+        {"no smoothing", [](Parameters& p) { p.d2SmoothingPasses = 0; }},
+        {"widths too few for a knee", [](Parameters& p) { p.d2SmoothingPasses = 14; }},
+        {"a finder without mobility", [](Parameters& p) { p.featureFinderVersion = 1; }}};
+    for (const auto& [what, change] : changes) {
+        EXPECT_EQ(widthAfter(change, mobility.get()), -7) << what;
     }
     EXPECT_THAT(FeatureFinderParametersAutoSet().run(startingPoint(), nullptr), HasError(kError));
 }

@@ -156,7 +156,6 @@ TEST(FeatureFinderV2Test, RefusesWhatMakesNoMatrix)
         EXPECT_THAT(Fixture().finder.buildFrameRaw(source.get(), range, &group), HasError(kError))
             << range.start << " to " << range.end;
     }
-    EXPECT_THAT(Fixture().finder.buildFrameRaw(nullptr, {0, 0}, &group), HasError(kError));
     EXPECT_THAT(FeatureFinderV2().findFeatures(nullptr, {}), HasError(kError));
 }
 

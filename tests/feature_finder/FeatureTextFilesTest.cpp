@@ -1,4 +1,3 @@
-#include "feature_finder/hills/HillsUtils.h"
 #include "feature_finder/records/FeatureFinderObjectUtils.h"
 #include "tests/support/Features.h"
 #include "tests/support/Matchers.h"
@@ -43,7 +42,7 @@ TEST_F(FeatureTextFilesTest, ReadsBackTheFeaturesThatItWrote)
     EXPECT_THAT(Utils::readChargeFeatureListJSONFromText(path), HasError(kBadParameterError));
 }
 
-TEST_F(FeatureTextFilesTest, WritesFeaturesAndHillsAsCsv)
+TEST_F(FeatureTextFilesTest, WritesFeaturesAsCsv)
 {
     ChargeFeature feature = featureOf(1234.56789, 20.5, 1000000, 2);
     feature.mzApexOfCluster = 618.291234;
@@ -59,23 +58,6 @@ TEST_F(FeatureTextFilesTest, WritesFeaturesAndHillsAsCsv)
               "isotopeCount,charge,apexIndex,monoOffset\n"
               "618.291, 1234.57, 1000000, 1e-07, 18, 1.23457e+06, 20.5, -1, -1, -1, 4, 2, -1, "
               "-2147483648\n");
-
-    HillD2 frameHill;
-    frameHill.mzLo = 500.002;
-    frameHill.mzHi = 500.25;
-    frameHill.mzApex = 500.125;
-    frameHill.d2Hi = 9;
-    HillsUtils::writeHillsListToCSV({frameHill}, pathOf("d2.csv"));
-    EXPECT_EQ(contentOf(pathOf("d2.csv")),
-              "mzApex,mzLo,mzHi,d2Lo,d2Hi,d2Apex,intensity\n500.125,500.002,500.25,0,9,0,0\n");
-
-    HillD1 runHill;
-    runHill.mzApex = 500.012345;
-    runHill.d1Lo = 10;
-    runHill.d1Apex = 15;
-    HillsUtils::writeHillsListToCSV({runHill}, pathOf("d1.csv"), {{10, 3.25}});
-    EXPECT_EQ(contentOf(pathOf("d1.csv")).split('\n')[0], "mzLo,mzHi,rtLo,rtHi,color,opacity,misc");
-    EXPECT_TRUE(contentOf(pathOf("d1.csv")).contains(", 3.25, 0, #FF0000, 0.3, 500.012 15\n"));
 }
 
 } // namespace zel::test

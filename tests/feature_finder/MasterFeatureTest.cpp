@@ -58,14 +58,6 @@ TEST(MasterFeatureTest, AnswersFromItsStrongestMember)
     EXPECT_EQ(master.apexIntensity(), INT_MAX);
 }
 
-TEST(MasterFeatureTest, AnswersWithoutMembersToo)
-{
-    const MasterFeature master;
-    EXPECT_EQ(master.monoIsotopicMass(), -1.0);
-    EXPECT_EQ(master.d1Range(), (Interval<double>{0.0, 0.0}));
-    EXPECT_EQ(master.weightedD1(), 0.0);
-}
-
 TEST(ChargeFeatureBuilder4DTest, FollowsItsStrongestFrame)
 {
     ChargeFeatureBuilder4D builder;

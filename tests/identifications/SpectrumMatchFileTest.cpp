@@ -7,8 +7,6 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
-#include <ostream>
-
 namespace zel::identifications {
 
 using Reason = MatchReport::Reason;
@@ -39,63 +37,47 @@ protected:
     QTemporaryDir m_folder;
 };
 
-/// A row that is left out, or is not when `reason` is empty.
-struct Row
-{
-    const char* name;
-    const char* cells; ///< sequence, modifications, charge, mz, mass, rt, score
-    std::optional<Reason> reason;
-};
-
-void PrintTo(const Row& row, std::ostream* os)
-{
-    *os << row.name;
-}
-
-class MatchTableRowTest : public SpectrumMatchFileTest, public ::testing::WithParamInterface<Row>
-{};
-
-const Row kRows[] = {
-    {"WithMz", "PEPTIDEK\t\t2\t464.7\t\t5\t1", {}},
-    {"WithMassOnly", "PEPTIDEK\t\t2\t\t927.45\t5\t1", {}},
-    {"WithNeither", "PEPTIDEK\tOx/15.9949;Ac@N-term/42.0106\t2.0\t\t\t5\t", {}},
-    {"NoSequence", "\t\t2\t464.7\t\t5\t1", Reason::Sequence},
-    {"MassInTheSequence", "PEP[+16]TIDE\t\t2\t464.7\t\t5\t1", Reason::Sequence},
-    {"ResidueWithoutMass", "PEPTXDE\t\t2\t\t\t5\t1", Reason::Mass},
-    {"LabelAlone", "PEPTIDEK\tOx\t2\t464.7\t\t5\t1", Reason::Modifications},
-    {"ShiftAlone", "PEPTIDEK\t/16\t2\t464.7\t\t5\t1", Reason::Modifications},
-    {"SeparatorAtTheEnd", "PEPTIDEK\tOx/16;\t2\t464.7\t\t5\t1", Reason::Modifications},
-    {"TwoSlashes", "PEPTIDEK\tOx//16\t2\t464.7\t\t5\t1", Reason::Modifications},
-    {"CommaForASemicolon", "PEPTIDEK\tOx/16,Ox/16\t2\t464.7\t\t5\t1", Reason::Modifications},
-    {"PlaceholderOfTheHash", "PEPTIDEK\t%3/16\t2\t464.7\t\t5\t1", Reason::Modifications},
-    {"ChargeZero", "PEPTIDEK\t\t0\t464.7\t\t5\t1", Reason::Charge},
-    {"NegativeCharge", "PEPTIDEK\t\t-2\t464.7\t\t5\t1", Reason::Charge},
-    {"BrokenCharge", "PEPTIDEK\t\t2.5\t464.7\t\t5\t1", Reason::Charge},
-    {"NegativeMz", "PEPTIDEK\t\t2\t-464.7\t\t5\t1", Reason::Mass},
-    {"InfiniteMz", "PEPTIDEK\t\t2\tinf\t\t5\t1", Reason::Mass},
-    {"NoTime", "PEPTIDEK\t\t2\t464.7\t\t\t1", Reason::Time},
-    {"WordForAScore", "PEPTIDEK\t\t2\t464.7\t\t5\tgood", Reason::Score},
-};
-
 } // namespace
 
-TEST_P(MatchTableRowTest, IsReadOrNamed)
+TEST_F(SpectrumMatchFileTest, ReadsOrNamesEachRowOfATable)
 {
-    const Row& row = GetParam();
-    const auto file = valueOf(
-        read(QByteArray("sequence\tmodifications\tcharge\tmz\tmass\trt\tscore\n") + row.cells));
-    EXPECT_EQ(file.matches.size(), row.reason ? 0 : 1);
-    EXPECT_EQ(m_report.totalCount(), row.reason ? 1 : 0);
-    if (row.reason) {
-        EXPECT_EQ(m_report.count(*row.reason), 1) << m_report.summary().toStdString();
-        EXPECT_TRUE(m_report.messages().value(0).contains(text("matches, line 2: ")))
-            << m_report.messages().join(u'\n').toStdString();
+    struct Row
+    {
+        const char* name;
+        const char* cells; ///< sequence, modifications, charge, mz, mass, rt, score
+        std::optional<Reason> reason = {};
+    };
+    const Row rows[] = {
+        {"WithMz", "PEPTIDEK\t\t2\t464.7\t\t5\t1", {}},
+        {"WithMassOnly", "PEPTIDEK\t\t2\t\t927.45\t5\t1", {}},
+        {"WithNeither", "PEPTIDEK\tOx/15.9949;Ac@N-term/42.0106\t2.0\t\t\t5\t", {}},
+        {"NoSequence", "\t\t2\t464.7\t\t5\t1", Reason::Sequence},
+        {"MassInTheSequence", "PEP[+16]TIDE\t\t2\t464.7\t\t5\t1", Reason::Sequence},
+        {"ResidueWithoutMass", "PEPTXDE\t\t2\t\t\t5\t1", Reason::Mass},
+        {"LabelAlone", "PEPTIDEK\tOx\t2\t464.7\t\t5\t1", Reason::Modifications},
+        {"SeparatorAtTheEnd", "PEPTIDEK\tOx/16;\t2\t464.7\t\t5\t1", Reason::Modifications},
+        {"CommaForASemicolon", "PEPTIDEK\tOx/16,Ox/16\t2\t464.7\t\t5\t1", Reason::Modifications},
+        {"PlaceholderOfTheHash", "PEPTIDEK\t%3/16\t2\t464.7\t\t5\t1", Reason::Modifications},
+        {"ChargeZero", "PEPTIDEK\t\t0\t464.7\t\t5\t1", Reason::Charge},
+        {"BrokenCharge", "PEPTIDEK\t\t2.5\t464.7\t\t5\t1", Reason::Charge},
+        {"NegativeMz", "PEPTIDEK\t\t2\t-464.7\t\t5\t1", Reason::Mass},
+        {"InfiniteMz", "PEPTIDEK\t\t2\tinf\t\t5\t1", Reason::Mass},
+        {"NoTime", "PEPTIDEK\t\t2\t464.7\t\t\t1", Reason::Time},
+        {"WordForAScore", "PEPTIDEK\t\t2\t464.7\t\t5\tgood", Reason::Score},
+    };
+    for (const auto& [name, cells, reason] : rows) {
+        SCOPED_TRACE(name);
+        m_report = MatchReport();
+        const auto file = valueOf(
+            read(QByteArray("sequence\tmodifications\tcharge\tmz\tmass\trt\tscore\n") + cells));
+        EXPECT_EQ(file.matches.size(), reason ? 0 : 1);
+        EXPECT_EQ(m_report.totalCount(), reason ? 1 : 0);
+        if (reason) {
+            EXPECT_EQ(m_report.count(*reason), 1) << m_report.summary().toStdString();
+            EXPECT_TRUE(m_report.messages().value(0).contains(text("matches, line 2: ")));
+        }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, MatchTableRowTest, ::testing::ValuesIn(kRows), [](const auto& row) {
-    return std::string(row.param.name);
-});
 
 TEST_F(SpectrumMatchFileTest, ReadsATable)
 {

@@ -141,18 +141,14 @@ TEST(XicDetectionTest, RefusesTracesAndOptionsThatMakeNoSense)
     EXPECT_THAT(XicPeakSplitter().init(splitterOptions), HasError(kBadParameterError));
 }
 
-TEST(XicDetectionTest, BaselineStaysBelowTheTraceAndKeepsALine)
+TEST(XicDetectionTest, BaselineStaysBelowAPeak)
 {
-    std::vector<double> line;
-    std::vector<double> withPeak;
+    std::vector<double> heights;
     for (int i = 0; i < 100; ++i) {
-        line.push_back(400.0);
-        withPeak.push_back(400.0 + 900.0 * gaussian(i, 50, 4));
+        heights.push_back(400.0 + 900.0 * gaussian(i, 50, 4));
     }
-    EXPECT_EQ(snipBaseline(line, 20), line);
-    const std::vector<double> baseline = snipBaseline(withPeak, 20);
-    for (std::size_t i = 0; i < baseline.size(); ++i) {
-        EXPECT_NEAR(baseline[i], 400.0, 2.0) << i;
+    for (const double height : snipBaseline(heights, 20)) {
+        EXPECT_NEAR(height, 400.0, 2.0);
     }
 }
 

@@ -12,14 +12,6 @@ using test::valueOf;
 
 namespace {
 
-template <typename Finder>
-class Opened : public Finder
-{
-public:
-    using Finder::Finder;
-    using Finder::findFeature;
-};
-
 qsizetype countOf(const QStringList& shapes, const char* element)
 {
     return shapes.filter(QLatin1Char('<') + QString::fromLatin1(element)).size();
@@ -37,9 +29,9 @@ QList<QStringList> diagramsBy(Arguments... arguments)
     const PlotBase xic(
         test::chromatogramOf({{15.5, 1e6, 0.1}, {16.5, 5e5, 0.1}}, 14.0, 18.0, 201, 100.0));
     {
-        Opened<Finder> finder(settings, arguments...);
+        test::Opened<Finder> finder(settings, arguments...);
         const auto drawn = valueOf(finder.findFeature(psms, xic));
-        Opened<Finder> silent(MsFeatureFinderSettings(), arguments...);
+        test::Opened<Finder> silent(MsFeatureFinderSettings(), arguments...);
         const auto undrawn = valueOf(silent.findFeature(psms, xic));
         EXPECT_EQ(drawn->timeIntervalList().size(), 2);
         EXPECT_EQ(undrawn->timeIntervalList().size(), 2);

@@ -1,11 +1,9 @@
 #include "ms_feature/alignment/Ms1FeatureAlign.h"
 
 #include "ms_feature/finders/MsFeatureFinderFactory.h"
-#include "tests/support/HtmlPage.h"
 #include "tests/support/Matchers.h"
 #include "tests/support/XicSource.h"
 
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 namespace zel {
@@ -117,17 +115,15 @@ TEST(Ms1FeatureAlignTest, CentresTheOtherFindersOnTheMatches)
 
 TEST(Ms1FeatureAlignTest, LeavesOutWhatTheModeLeavesOut)
 {
-    const auto isUntouched = [](const Ms1FeatureAlignSettings& settings, int secondCount) {
+    const auto isUntouched = [](Mode mode, int secondCount) {
         QList<Ms1Feature> features = {drifted(0.0, 1), drifted(0.5, secondCount)};
-        EXPECT_THAT(align(settings, features), IsOk());
+        EXPECT_THAT(align(settingsOf(mode), features), IsOk());
         return features[0].timeIntervalList()[0].auc() == 7.0;
     };
-    EXPECT_TRUE(isUntouched(settingsOf(Mode::DifferentTopologyOnly), 1));
-    EXPECT_FALSE(isUntouched(settingsOf(Mode::DifferentTopologyOnly), 2));
-    EXPECT_FALSE(isUntouched(settingsOf(Mode::Full), 1));
-    EXPECT_TRUE(isUntouched(settingsOf(Mode::Disabled), 2));
-    QList<Ms1Feature> single = {drifted(0.0, 1)};
-    EXPECT_THAT(align(settingsOf(Mode::Full), single), IsOk());
+    EXPECT_TRUE(isUntouched(Mode::DifferentTopologyOnly, 1));
+    EXPECT_FALSE(isUntouched(Mode::DifferentTopologyOnly, 2));
+    EXPECT_FALSE(isUntouched(Mode::Full, 1));
+    EXPECT_TRUE(isUntouched(Mode::Disabled, 2));
 }
 
 TEST(Ms1FeatureAlignTest, FailuresChangeNothing)
@@ -147,18 +143,14 @@ TEST(Ms1FeatureAlignTest, FailuresChangeNothing)
     EXPECT_THAT(align(settings, features), HasError(kError, "Can't align non-existent feature."));
     QList<Ms1Feature*> pointers = pointersTo(features);
     Ms1FeatureAlign aligner(settings);
-    aligner.setMsFeatureFinderFactory(nullptr);
-    EXPECT_THAT(aligner.align(&pointers), HasError(kError, "Empty feature finder object."));
     auto* factory = new MsFeatureFinderFactory;
     aligner.setMsFeatureFinderFactory(factory);
     aligner.setMsFeatureFinderFactory(factory); // stays alive
     EXPECT_THAT(aligner.align(&pointers), HasError(kError, "Can't align non-existent feature."));
+    aligner.setMsFeatureFinderFactory(nullptr);
+    EXPECT_THAT(aligner.align(&pointers), HasError(kError, "Empty feature finder object."));
     pointers.append(nullptr);
     EXPECT_THAT(aligner.align(&pointers), HasError(kBadParameterError));
-    QList<int> shifts;
-    EXPECT_THAT(aligner.localAlign({{1.0}}, {}, 0, 1, &shifts), HasError(kBadParameterError));
-    EXPECT_THAT(aligner.localAlign({{1.0}, {1.0}}, pointers.mid(0, 2), 0, 0, &shifts),
-                HasError(kError));
     QList<Ms1Feature> empty = {Ms1Feature(), Ms1Feature()};
     EXPECT_THAT(align(settings, empty), HasError(kBadParameterError));
     // Two points next to each other must not ask for all the memory there is.
@@ -187,27 +179,6 @@ TEST(Ms1FeatureAlignTest, LaysXicsOnOneGrid)
     ASSERT_THAT(Ms1FeatureAlign::uniformResample(pointersTo(features), &plots, &start, &end, &step),
                 IsOk());
     EXPECT_EQ(step, 1.0) << "the points lie further apart";
-}
-
-TEST(Ms1FeatureAlignTest, DrawsEachAlignment)
-{
-    const QTemporaryDir folder;
-    Ms1FeatureAlignSettings settings = settingsOf(Mode::Full);
-    settings.htmlDumpFilename = folder.filePath(QStringLiteral("page.html"));
-    QList<Ms1Feature> features = {drifted(0.0, 2), drifted(0.5, 2)};
-    ASSERT_THAT(align(settings, features), IsOk());
-    const QList<QStringList> diagrams = test::diagramsOf(test::textOf(settings.htmlDumpFilename));
-    ASSERT_EQ(diagrams.size(), 3);
-    const auto countOf = [&](int diagram, const char* what) {
-        return diagrams[diagram].filter(QString::fromLatin1(what)).size();
-    };
-    EXPECT_EQ(countOf(0, "<line"), 4 * (1 + 60)) << "every tenth sample";
-    EXPECT_EQ(countOf(0, "<rect"), 4);
-    EXPECT_EQ(countOf(0, ">Correlation: "), 1);
-    EXPECT_EQ(countOf(1, "<line"), 1 + 600);
-    EXPECT_EQ(countOf(1, "<circle"), 4);
-    EXPECT_EQ(countOf(2, "<line"), 2 * (1 + 601));
-    EXPECT_EQ(countOf(2, "<text"), 2 * (27 - 13)) << "minutes 13 to 26, in both rows";
 }
 
 } // namespace zel

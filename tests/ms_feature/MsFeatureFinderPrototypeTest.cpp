@@ -12,6 +12,7 @@ namespace zel {
 
 using test::HasError;
 using test::IsOk;
+using test::pointsOf;
 using test::psmAt;
 using ::testing::ElementsAre;
 
@@ -26,7 +27,6 @@ public:
     using MsFeatureFinderPrototype::calculateXICIntervalScore;
     using MsFeatureFinderPrototype::calculateXICIntervalScorePreint;
     using MsFeatureFinderPrototype::easeInOutPlot;
-    using MsFeatureFinderPrototype::findApex;
     using MsFeatureFinderPrototype::optimize;
     using MsFeatureFinderPrototype::preintegrate;
     using MsFeatureFinderPrototype::XicWindowScore;
@@ -46,15 +46,6 @@ QList<QPointF> xicOf(const QList<test::ElutionPeak>& peaks)
     return test::chromatogramOf(peaks, 10.0, 30.0, 1001);
 }
 
-QList<QPointF> pointsOf(const QList<double>& heights)
-{
-    QList<QPointF> points;
-    for (const double height : heights) {
-        points.append(QPointF(static_cast<double>(points.size()), height));
-    }
-    return points;
-}
-
 } // namespace
 
 TEST(MsFeatureFinderPrototypeTest, FitsAWindowToTheSignalNearTheMatches)
@@ -71,16 +62,6 @@ TEST(MsFeatureFinderPrototypeTest, FitsAWindowToTheSignalNearTheMatches)
     EXPECT_GT(found.interval().end, 17.8);
     EXPECT_LT(found.interval().end - found.interval().start, 4.5);
     EXPECT_NEAR(found.auc(), 1e6 * 0.3 * std::sqrt(2 * std::numbers::pi) * 60.0, 1e4 * 60.0);
-}
-
-TEST(MsFeatureFinderPrototypeTest, KeepsTheStartingWindowWithoutSignal)
-{
-    const auto feature = featureOn(xicOf({}), {psmAt(16.5), psmAt(17.5)});
-    ASSERT_TRUE(feature);
-    EXPECT_EQ(feature->timeInterval().apex(), QPointF());
-    EXPECT_NEAR(feature->timeInterval().interval().start, 16.5 - 2.0, 1e-9);
-    EXPECT_NEAR(feature->timeInterval().interval().end, 16.5 + 2.0, 1e-9);
-    EXPECT_FALSE(featureOn({{16.0, 5.0}}, {psmAt(16.0)})) << "an XIC without extent";
 }
 
 // A known limit: the apex is looked for between the times of the matches alone.
@@ -153,16 +134,6 @@ TEST(MsFeatureFinderPrototypeTest, ClimbsToAWindowThatNoStepImproves)
                                 QPointF(0, delta)}) {
         EXPECT_LE(score(range + step), score(range) * (1 + 1e-4)) << step.x() << ' ' << step.y();
     }
-}
-
-TEST(MsFeatureFinderPrototypeTest, FindsTheHighestPointAboveALevel)
-{
-    const QList<QPointF> points = pointsOf({9, 1, 5, 5, 2});
-    QPointF apex(7, 2);
-    ASSERT_THAT(Finder::findApex(points, 1.0, 3.0, &apex), IsOk());
-    EXPECT_EQ(apex, QPointF(2, 5)) << "the first of equals";
-    EXPECT_THAT(Finder::findApex(points, 1.0, 4.0, &apex), HasError(kError));
-    EXPECT_EQ(apex, QPointF(2, 5));
 }
 
 TEST(MsFeatureFinderPrototypeTest, FadesACurveOutsideTheWindow)

@@ -7,44 +7,22 @@
 
 namespace zel {
 
-using test::chromatogramOf;
 using test::HasError;
 using test::IsOk;
 using test::psmAt;
+using test::scansOf;
 using test::valueOf;
 
 namespace {
 
-class Finder : public MsFeatureFinderSeg
-{
-public:
-    explicit Finder(const MsFeatureFinderSettings& settings = {})
-        : MsFeatureFinderSeg(settings)
-    {}
-    using MsFeatureFinderSeg::findFeature;
-    using MsFeatureFinderSeg::findFeaturesBeforeFilters;
-};
-
-QList<ApexInterval> intervalsOn(const QList<QPointF>& xic,
-                                const QList<PeptideSpectrumMatch>& psms,
-                                const MsFeatureFinderSettings& settings = {})
-{
-    const auto feature = valueOf(Finder(settings).findFeature(psms, PlotBase(xic)));
-    EXPECT_TRUE(feature);
-    return feature.value_or(Ms1Feature()).timeIntervalList();
-}
-
-/// Scans 0.02 min apart.
-QList<QPointF> xicOf(const QList<test::ElutionPeak>& peaks, double level = 0.0)
-{
-    return chromatogramOf(peaks, 10.0, 22.0, 601, level);
-}
+const test::Opened<MsFeatureFinderSeg> kFinder{MsFeatureFinderSettings()};
 
 } // namespace
 
 TEST(MsFeatureFinderSegTest, FindsAPlantedPeak)
 {
-    const QList<ApexInterval> found = intervalsOn(xicOf({{16.0, 1e6, 0.1}}), {psmAt(15.9)});
+    const QList<ApexInterval> found =
+        kFinder.intervalsOn(scansOf({{16.0, 1e6, 0.1}}), {psmAt(15.9)});
     ASSERT_EQ(found.size(), 1);
     EXPECT_NEAR(found[0].apex().x(), 16.0, 1e-9);
     EXPECT_NEAR(found[0].apex().y(), 1e6, 1.0);
@@ -58,33 +36,25 @@ TEST(MsFeatureFinderSegTest, FindsAPlantedPeak)
 TEST(MsFeatureFinderSegTest, SplitsTwoPeaksAtTheValley)
 {
     const QList<test::ElutionPeak> peaks = {{15.5, 1e6, 0.1}, {16.5, 5e5, 0.1}};
-    const QList<ApexInterval> found = intervalsOn(xicOf(peaks, 100.0), {psmAt(15.4), psmAt(16.6)});
+    const QList<ApexInterval> found =
+        kFinder.intervalsOn(scansOf(peaks, 100.0), {psmAt(15.4), psmAt(16.6)});
     ASSERT_EQ(found.size(), 2);
     EXPECT_NEAR(found[0].apex().x(), 15.5, 1e-9);
     EXPECT_NEAR(found[1].apex().x(), 16.5, 1e-9);
     EXPECT_LE(found[0].interval().end, found[1].interval().start);
     EXPECT_NEAR(found[0].interval().end, 16.0, 0.2);
 
-    ASSERT_EQ(intervalsOn(xicOf(peaks), {psmAt(15.4)}).size(), 1) << "no match on the second";
-    EXPECT_NEAR(intervalsOn(xicOf(peaks), {psmAt(16.9)})[0].apex().x(), 16.5, 1e-9)
+    ASSERT_EQ(kFinder.intervalsOn(scansOf(peaks), {psmAt(15.4)}).size(), 1)
+        << "no match on the second";
+    EXPECT_NEAR(kFinder.intervalsOn(scansOf(peaks), {psmAt(16.9)})[0].apex().x(), 16.5, 1e-9)
         << "nor on the higher one";
-}
-
-TEST(MsFeatureFinderSegTest, DropsPeaksOutsideTheExtractionWindow)
-{
-    MsFeatureFinderSettings settings;
-    const QList<test::ElutionPeak> peaks = {{12.0, 1e6, 0.1}, {19.0, 9e5, 0.1}};
-    const QList<PeptideSpectrumMatch> psms = {psmAt(12.0), psmAt(19.0)};
-    ASSERT_EQ(intervalsOn(xicOf(peaks), psms, settings).size(), 1);
-    settings.xicAreaTimeWindow = 3.0;
-    EXPECT_EQ(intervalsOn(xicOf(peaks), psms, settings).size(), 2);
 }
 
 // Bins and kernel sums must not turn rounding into extremes, at any level and spacing.
 TEST(MsFeatureFinderSegTest, FindsNothingOnAFlatXic)
 {
     for (const double level : {0.0, 0.1, 5.0, 1e9 / 3}) {
-        QList<QPointF> xic = xicOf({}, level);
+        QList<QPointF> xic = scansOf({}, level);
         for (qsizetype i = 0; i < xic.size(); ++i) {
             xic[i].rx() += 0.003 * static_cast<double>(i % 7);
         }
@@ -92,25 +62,25 @@ TEST(MsFeatureFinderSegTest, FindsNothingOnAFlatXic)
         QList<QPointF> extremes;
         std::vector<MsFeatureFinderSeg::Feature> candidates;
         ASSERT_THAT(
-            Finder().findFeaturesBeforeFilters(PlotBase(xic), &smoothed, &extremes, &candidates),
+            kFinder.findFeaturesBeforeFilters(PlotBase(xic), &smoothed, &extremes, &candidates),
             IsOk());
         EXPECT_EQ(smoothed.size(), 481) << "40 samples a minute";
         EXPECT_LT(extremes.size(), 3) << level;
         EXPECT_TRUE(candidates.empty()) << level;
-        EXPECT_FALSE(valueOf(Finder().findFeature({psmAt(15.0)}, PlotBase(xic))));
+        EXPECT_FALSE(valueOf(kFinder.findFeature({psmAt(15.0)}, PlotBase(xic))));
     }
 }
 
 TEST(MsFeatureFinderSegTest, NeedsPointsApartAndMatchesWhereThereIsAChoice)
 {
-    EXPECT_THAT(Finder().findFeature({psmAt(1.0)}, PlotBase(QList<QPointF>{{1, 5}})),
+    EXPECT_THAT(kFinder.findFeature({psmAt(1.0)}, PlotBase(QList<QPointF>{{1, 5}})),
                 HasError(kBadParameterError));
-    EXPECT_THAT(Finder().findFeature({psmAt(1.0)}, PlotBase(QList<QPointF>{{1, 5}, {1, 6}})),
+    EXPECT_THAT(kFinder.findFeature({psmAt(1.0)}, PlotBase(QList<QPointF>{{1, 5}, {1, 6}})),
                 HasError(kBadParameterError));
-    EXPECT_EQ(intervalsOn(xicOf({{16.0, 1e6, 0.1}}), {}).size(), 1);
+    EXPECT_EQ(kFinder.intervalsOn(scansOf({{16.0, 1e6, 0.1}}), {}).size(), 1);
     // A known limit: without matches all scores are 0.
-    const QList<QPointF> two = xicOf({{15.5, 1e6, 0.1}, {16.6, 1e6, 0.1}});
-    EXPECT_THAT(Finder().findFeature({}, PlotBase(two)), HasError(kError));
+    const QList<QPointF> two = scansOf({{15.5, 1e6, 0.1}, {16.6, 1e6, 0.1}});
+    EXPECT_THAT(kFinder.findFeature({}, PlotBase(two)), HasError(kError));
 }
 
 } // namespace zel

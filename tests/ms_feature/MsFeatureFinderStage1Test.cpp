@@ -1,7 +1,7 @@
 #include "ms_feature/segmentation/MsFeatureFinderStage1.h"
 
 #include "common/stable/PlotBase.h"
-#include "tests/support/Matchers.h"
+#include "tests/support/XicSource.h"
 
 #include <gtest/gtest.h>
 
@@ -16,11 +16,7 @@ namespace {
 /// Points one minute apart, from minute 0.
 PlotBase plotOf(const QList<double>& heights)
 {
-    QList<QPointF> points;
-    for (const double height : heights) {
-        points.append(QPointF(static_cast<double>(points.size()), height));
-    }
-    return PlotBase(points);
+    return PlotBase(test::pointsOf(heights));
 }
 
 Peak majorPeak(const PlotBase& plot, double widthFactor)
@@ -45,35 +41,21 @@ TEST(MsFeatureFinderStage1Test, MeasuresTheHalfMaximumAtTheNearestCrossings)
     EXPECT_EQ(halfMaxRange(plot, {3, 0}), (Interval<double>{3, 3})) << "no height";
     EXPECT_EQ(halfMaxRange(plotOf({8, 10, 2}), {1, 10}), (Interval<double>{1, 1.625}))
         << "a flank that stays above half height counts as none";
-
     Interval<double> limited;
     ASSERT_THAT(MsFeatureFinderStage1::findHalfMaxRange(
                     plot, {3, 10}, 2.0, 6.0, &limited.start, &limited.end),
                 IsOk());
     EXPECT_EQ(limited, (Interval<double>{2.0, 6.0}));
-
-    QPointF apex;
-    Interval<double> range;
-    ASSERT_THAT(MsFeatureFinderStage1::findApexAndFWHM(plot, &apex, &range.start, &range.end),
-                IsOk());
-    EXPECT_EQ(apex, QPointF(3, 10));
-    EXPECT_EQ(range, (Interval<double>{1.5, 6.0 + 1.0 / 6.0}));
 }
 
 TEST(MsFeatureFinderStage1Test, IntegratesInSeconds)
 {
     const PlotBase plot = plotOf({0, 10, 0});
     double area = -1.0;
-    ASSERT_THAT(MsFeatureFinderStage1::getAreaUnderCurve(plot, 0.0, 2.0, &area), IsOk());
-    EXPECT_DOUBLE_EQ(area, 600.0);
     ASSERT_THAT(MsFeatureFinderStage1::getAreaUnderCurve(plot, 0.5, 1.0, &area), IsOk());
     EXPECT_DOUBLE_EQ(area, 0.5 * 7.5 * 60.0);
-    ASSERT_THAT(MsFeatureFinderStage1::getAreaUnderCurve(plot, 1.0, 1.0, &area), IsOk());
-    EXPECT_EQ(area, 0.0);
-    area = -1.0;
     EXPECT_THAT(MsFeatureFinderStage1::getAreaUnderCurve(plot, 1.0, 0.5, &area),
                 HasError(kBadParameterError));
-    EXPECT_EQ(area, -1.0);
 }
 
 TEST(MsFeatureFinderStage1Test, MeasuresTheMajorPeakOnTheChord)

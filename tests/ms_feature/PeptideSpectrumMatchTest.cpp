@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <limits>
 
 namespace zel {
@@ -62,21 +61,6 @@ TEST(PeptideSpectrumMatchTest, StepsFromIsotopeToIsotope)
     EXPECT_THAT(sampler(1003, 402.0).getIsotopeMz(1, &mz), IsOk());
     EXPECT_THAT(sampler(1004, 402.0).getIsotopeMz(1, &mz), HasError(kError));
     EXPECT_THAT(sampler(0, 402.0).getIsotopeMz(1, &mz), HasError(kError));
-}
-
-TEST(PeptideSpectrumMatchTest, OrdersAreStrictSoThatTheFirstOfEqualsWins)
-{
-    QList<PeptideSpectrumMatch> matches(3);
-    for (int i = 0; i < 3; ++i) {
-        matches[i].setScore(i == 0 ? 1.0 : 3.0);
-        matches[i].setScanTimeSeconds(matches[i].score());
-        matches[i].setApex(QPointF(-i, matches[i].score()));
-    }
-    for (const auto order : {&PeptideSpectrumMatch::cmpScore,
-                             &PeptideSpectrumMatch::cmpScanTime,
-                             &PeptideSpectrumMatch::cmpApexIntensity}) {
-        EXPECT_EQ(std::max_element(matches.cbegin(), matches.cend(), order) - matches.cbegin(), 1);
-    }
 }
 
 TEST(IsotopeSelectorTest, TakesTheFirstThresholdNotBelowTheMass)

@@ -14,20 +14,11 @@ namespace zel::segmentation {
 
 using test::HasError;
 using test::IsOk;
+using test::pointsOf;
 using test::psmAt;
 using test::valueOf;
 
 namespace {
-
-/// Points one minute apart, from minute 0.
-QList<QPointF> pointsOf(const QList<double>& heights)
-{
-    QList<QPointF> points;
-    for (const double height : heights) {
-        points.append(QPointF(static_cast<double>(points.size()), height));
-    }
-    return points;
-}
 
 Feature featureOf(double start, double end, double auc, const QPointF& apex = {})
 {

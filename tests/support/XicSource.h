@@ -1,6 +1,9 @@
 #pragma once
 
+#include "common/stable/PlotBase.h"
+#include "ms_feature/records/Ms1Feature.h"
 #include "ms_feature/records/PeptideSpectrumMatch.h"
+#include "tests/support/Matchers.h"
 #include "tests/support/SourceProbe.h"
 
 #include <cmath>
@@ -110,5 +113,37 @@ inline QList<QPointF> chromatogramOf(
     }
     return points;
 }
+
+/// Points one apart, from 0, of these heights.
+inline QList<QPointF> pointsOf(const QList<double>& heights)
+{
+    QList<QPointF> points;
+    for (const double height : heights) {
+        points.append(QPointF(static_cast<double>(points.size()), height));
+    }
+    return points;
+}
+
+/// 12 minutes of scans 0.02 min apart.
+inline QList<QPointF> scansOf(const QList<ElutionPeak>& peaks, double level = 0.0)
+{
+    return chromatogramOf(peaks, 10.0, 22.0, 601, level);
+}
+
+/// Opens what an adaptive finder does with one XIC.
+template <typename Finder>
+class Opened : public Finder
+{
+public:
+    using Finder::Finder;
+    using Finder::findFeature;
+    using Finder::findFeaturesBeforeFilters;
+
+    QList<ApexInterval> intervalsOn(const QList<QPointF>& xic,
+                                    const QList<PeptideSpectrumMatch>& psms) const
+    {
+        return valueOf(findFeature(psms, PlotBase(xic))).value_or(Ms1Feature()).timeIntervalList();
+    }
+};
 
 } // namespace zel::test

@@ -11,8 +11,6 @@ namespace zel {
 
 using test::HasError;
 using test::IsOk;
-using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace {
 
@@ -58,18 +56,6 @@ TEST(TurboXimTest, EqualsThePlainSumOverTheMobilityScans)
     }
 }
 
-TEST(TurboXimTest, TheLastPeakOfABinStaysInWhateverOrderTheyCome)
-{
-    TurboXim xim(kSettings);
-    ASSERT_THAT(xim.init({{1, {{500.0001, 7}, {500.0002, 3}, {499.0, 2}, {499.5, 9}, {499.0, 5}}},
-                          {2, {{501.0, 1}}}}),
-                IsOk());
-    EXPECT_THAT(test::valueOf(xim.retrieveXim({500.0, 500.0}, {1, 2})), ElementsAre(QPointF(1, 3)));
-    EXPECT_THAT(test::valueOf(xim.retrieveXim({499.0, 499.1}, {1, 2})), ElementsAre(QPointF(1, 5)));
-    EXPECT_THAT(test::valueOf(xim.retrieveXim({498.9, 500.1}, {1, 2})),
-                ElementsAre(QPointF(1, 17)));
-}
-
 TEST(TurboXimTest, ARangeOutsideTheIndexGivesAnEmptyList)
 {
     TurboXim xim(kSettings);
@@ -95,15 +81,12 @@ TEST(TurboXimTest, ARangeOutsideTheIndexGivesAnEmptyList)
 TEST(TurboXimTest, NeedsPeaksAndTwoColumns)
 {
     TurboXim xim(kSettings);
-    EXPECT_FALSE(xim.isValid());
-    EXPECT_EQ(xim.matrixColumnCount(), 0);
     EXPECT_THAT(xim.retrieveXim({1.0, 2.0}, {0, 1}), HasError(kError));
     EXPECT_THAT(xim.init({}), HasError(kError));
     EXPECT_THAT(xim.init({{4, {}}}), HasError(kError)) << "no peak";
-    EXPECT_THAT(xim.init({{-1, {{400.0, 1}}}}), HasError(kBadParameterError));
-    EXPECT_THAT(xim.init({{std::numeric_limits<int>::max(), {{400.0, 1}}}}),
-                HasError(kBadParameterError));
-    EXPECT_FALSE(xim.isValid());
+    for (const int scan : {-1, std::numeric_limits<int>::max()}) {
+        EXPECT_THAT(xim.init({{scan, {{400.0, 1}}}}), HasError(kBadParameterError)) << scan;
+    }
     ASSERT_THAT(xim.init({{0, {{400.0, 1}}}}), IsOk());
     EXPECT_FALSE(xim.isValid()) << "one column";
     EXPECT_THAT(xim.retrieveXim({1.0, 2.0}, {0, 1}), HasError(kError));
