@@ -160,14 +160,14 @@ Error PlotBase::getDataFromFile(const QString& path, bool sortPoints)
         }
         const std::optional<QPointF> point = parsePoint(line);
         if (!point) {
-            ZEL_RETURN_ERROR(
-                kFileFormatError,
-                QStringLiteral("%1, line %2: expected two numbers").arg(path).arg(lineNumber));
+            ZEL_RETURN_ERROR(kFileFormatError,
+                             QStringLiteral("%1, line %2: expected two numbers")
+                                 .arg(path, QString::number(lineNumber)));
         }
         if (!sortPoints && !points.isEmpty() && point->x() < points.constLast().x()) {
-            ZEL_RETURN_ERROR(
-                kFileFormatError,
-                QStringLiteral("%1, line %2: x is not ascending").arg(path).arg(lineNumber));
+            ZEL_RETURN_ERROR(kFileFormatError,
+                             QStringLiteral("%1, line %2: x is not ascending")
+                                 .arg(path, QString::number(lineNumber)));
         }
         points.append(*point);
     }

@@ -70,7 +70,7 @@ TEST_F(FastaTest, IsRefusedWithTheLineThatIsWrong)
     const std::pair<QByteArray, const char*> rows[] = {
         {"MAKPEP\n", "line 1"},
         {">one\nMAK\n12345\n", "line 3"},
-        {QByteArray("\x1f\x8b\x00\xff", 4), "line 1"}};
+        {QByteArray("\x1f\x8b\x00\xff", 4), "gzip stream is damaged"}};
     for (const auto& [content, place] : rows) {
         const auto result = readFasta(fileWith(content));
         ASSERT_THAT(result, HasError(kFileFormatError)) << content.constData();

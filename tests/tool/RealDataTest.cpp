@@ -67,7 +67,7 @@ QString dataFolder()
 /// The identified ions of the yeast run, by hash.
 MsFeatureFinderBase::PsmsByHash yeastPsms(const QString& path)
 {
-    const auto table = valueOf(msreader::TsvTable::read(path));
+    const auto table = valueOf(io::TsvTable::read(path));
     MsFeatureFinderBase::PsmsByHash psms;
     for (int row = 0; row < table.rowCount(); ++row) {
         const double mass = valueOf(table.number(row, QStringLiteral("Peptide Monoisotopic Mass")));

@@ -23,17 +23,22 @@ inline QString text(const char* latin1)
     return QString::fromLatin1(latin1);
 }
 
-/// Runs the tool to its end.
-inline Outcome zel(const QStringList& arguments)
+/// Runs a program to its end.
+inline Outcome run(const QString& program, const QStringList& arguments)
 {
     QProcess process;
-    process.start(text(ZEL_TOOL_PATH), arguments);
+    process.start(program, arguments);
     if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit) {
         return {-1, {}, text("the tool did not end by itself")};
     }
     return {process.exitCode(),
             QString::fromUtf8(process.readAllStandardOutput()),
             QString::fromUtf8(process.readAllStandardError())};
+}
+
+inline Outcome zel(const QStringList& arguments)
+{
+    return run(text(ZEL_TOOL_PATH), arguments);
 }
 
 /// A folder for the files of a test.

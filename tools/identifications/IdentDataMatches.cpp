@@ -3,7 +3,6 @@
 #include "tools/identifications/PepXmlCheck.h"
 #include "tools/identifications/PeptideText.h"
 #include "tools/identifications/SpectrumMatchReaders.h"
-#include "tools/io/UncompressedFile.h"
 #include "tools/sources/mzml/AccessionAdapter.h"
 #include "tools/sources/mzml/Fault.h"
 #include "tools/sources/mzml/FilteredFileBuffer.h"
@@ -280,12 +279,13 @@ msreader::AttributeFilter filterOf(IdentFormat format)
 
 } // namespace
 
-Result<SpectrumMatchFile> readIdentData(const QString& path,
+Result<SpectrumMatchFile> readIdentData(io::InputFile& input,
                                         IdentFormat format,
                                         const QString& scoreName,
                                         MatchReport* report)
 {
-    ZEL_ASSIGN_OR_RETURN(std::unique_ptr<QFile> file, msreader::openUncompressed(path));
+    const QString& path = input.path();
+    ZEL_ASSIGN_OR_RETURN(std::unique_ptr<QFile> file, input.toSeekable());
     if (format == IdentFormat::PepXml) {
         const Error e = checkPepXml(file.get());
         if (e.hasError()) {

@@ -7,7 +7,7 @@
 
 namespace zel::identifications {
 
-using msreader::TsvTable;
+using io::TsvTable;
 using Reason = MatchReport::Reason;
 
 namespace {
@@ -121,13 +121,13 @@ private:
 
 } // namespace
 
-Result<SpectrumMatchFile> readMatchTable(const QString& path,
+Result<SpectrumMatchFile> readMatchTable(io::InputFile& input,
                                          const QString& scoreName,
                                          MatchReport* report)
 {
     Error e;
-    ZEL_ASSIGN_OR_RETURN(const TsvTable table, TsvTable::read(path));
-    ZEL_RETURN_IF_ERROR(checkColumns(table, path, scoreName));
+    ZEL_ASSIGN_OR_RETURN(const TsvTable table, TsvTable::read(input));
+    ZEL_RETURN_IF_ERROR(checkColumns(table, input.path(), scoreName));
     const QString scoreColumn = scoreName.isEmpty() ? kScore : scoreName;
     const QStringList known = {
         kRun, kSequence, kModifications, kCharge, kMz, kMass, kRt, scoreColumn};

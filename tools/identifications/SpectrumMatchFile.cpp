@@ -1,7 +1,7 @@
 #include "tools/identifications/SpectrumMatchFile.h"
 
 #include "tools/identifications/SpectrumMatchReaders.h"
-#include "tools/io/UncompressedFile.h"
+#include "tools/io/InputFile.h"
 
 namespace zel::identifications {
 
@@ -9,20 +9,19 @@ Result<SpectrumMatchFile> readSpectrumMatches(const QString& path,
                                               const QString& scoreName,
                                               MatchReport* report)
 {
-    constexpr qint64 headSize = 1 << 14;
-    ZEL_ASSIGN_OR_RETURN(const auto file, msreader::openUncompressed(path));
-    const QByteArray head = file->read(headSize);
+    ZEL_ASSIGN_OR_RETURN(const auto input, io::InputFile::open(path));
+    const QByteArray& head = input->head();
     if (head.contains("<MzIdentML")) {
-        return readIdentData(path, IdentFormat::MzIdentMl, scoreName, report);
+        return readIdentData(*input, IdentFormat::MzIdentMl, scoreName, report);
     }
     if (head.contains("<msms_pipeline_analysis")) {
-        return readIdentData(path, IdentFormat::PepXml, scoreName, report);
+        return readIdentData(*input, IdentFormat::PepXml, scoreName, report);
     }
     if (head.trimmed().startsWith('<')) {
         ZEL_RETURN_ERROR(kFileFormatError,
                          QStringLiteral("%1 is XML, but neither mzIdentML nor pepXML").arg(path));
     }
-    return readMatchTable(path, scoreName, report);
+    return readMatchTable(*input, scoreName, report);
 }
 
 } // namespace zel::identifications

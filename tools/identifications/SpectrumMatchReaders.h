@@ -3,6 +3,7 @@
 #include "common/stable/Result.h"
 #include "tools/identifications/MatchReport.h"
 #include "tools/identifications/SpectrumMatch.h"
+#include "tools/io/InputFile.h"
 
 namespace zel::identifications {
 
@@ -10,11 +11,11 @@ namespace zel::identifications {
 
 enum class IdentFormat { MzIdentMl, PepXml };
 
-Result<SpectrumMatchFile> readMatchTable(const QString& path,
+Result<SpectrumMatchFile> readMatchTable(io::InputFile& input,
                                          const QString& scoreName,
                                          MatchReport* report);
 
-Result<SpectrumMatchFile> readIdentData(const QString& path,
+Result<SpectrumMatchFile> readIdentData(io::InputFile& input,
                                         IdentFormat format,
                                         const QString& scoreName,
                                         MatchReport* report);

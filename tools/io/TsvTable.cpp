@@ -1,10 +1,10 @@
 #include "tools/io/TsvTable.h"
 
-#include "tools/io/UncompressedFile.h"
+#include "tools/io/InputFile.h"
 
 #include <cmath>
 
-namespace zel::msreader {
+namespace zel::io {
 
 namespace {
 
@@ -19,7 +19,7 @@ QStringList trimmedCells(const QString& line)
 
 QString placeOf(const QString& path, int lineNumber)
 {
-    return QStringLiteral("%1, line %2").arg(path).arg(lineNumber);
+    return QStringLiteral("%1, line %2").arg(path, QString::number(lineNumber));
 }
 
 Error lineError(const QString& path, int lineNumber, const QString& message)
@@ -29,11 +29,22 @@ Error lineError(const QString& path, int lineNumber, const QString& message)
 
 } // namespace
 
+QByteArray tsvCell(QByteArray text)
+{
+    return text.replace('\t', ' ').replace('\n', ' ').replace('\r', ' ');
+}
+
 Result<TsvTable> TsvTable::read(const QString& path)
 {
+    ZEL_ASSIGN_OR_RETURN(const auto input, InputFile::open(path));
+    return read(*input);
+}
+
+Result<TsvTable> TsvTable::read(InputFile& input)
+{
     Error e;
-    ZEL_ASSIGN_OR_RETURN(const auto file, openUncompressed(path));
-    const QByteArray bytes = file->readAll();
+    ZEL_ASSIGN_OR_RETURN(const QByteArray bytes, input.readText());
+    const QString& path = input.path();
     TsvTable table;
     table.m_path = path;
     int lineNumber = 0;
@@ -123,4 +134,4 @@ Error TsvTable::rowError(int row, const QString& message) const
     return lineError(m_path, m_rows[row].lineNumber, message);
 }
 
-} // namespace zel::msreader
+} // namespace zel::io

@@ -2,6 +2,7 @@
 
 #include "common/stable/Result.h"
 
+#include <QByteArray>
 #include <QHash>
 #include <QList>
 #include <QString>
@@ -9,7 +10,12 @@
 
 #include <optional>
 
-namespace zel::msreader {
+namespace zel::io {
+
+class InputFile;
+
+/// A text as a cell of a table that is written: tabs and line ends become blanks.
+QByteArray tsvCell(QByteArray text);
 
 /// A table of tab-separated text with one header line, plain or gzip-compressed. Empty lines and
 /// lines that start with '#' are skipped.
@@ -17,8 +23,10 @@ class TsvTable
 {
 public:
     /// \return kFileOpenError; kFileFormatError naming the line for a row whose number of cells is
-    /// not that of the header, and for a header with two columns of one name
+    /// not that of the header, and for a header with two columns of one name; as
+    /// InputFile::readText
     static Result<TsvTable> read(const QString& path);
+    static Result<TsvTable> read(InputFile& input);
 
     int rowCount() const { return static_cast<int>(m_rows.size()); }
     /// In the order of the file.
@@ -54,4 +62,4 @@ private:
     QList<Row> m_rows;
 };
 
-} // namespace zel::msreader
+} // namespace zel::io

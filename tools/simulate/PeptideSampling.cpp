@@ -1,8 +1,8 @@
 #include "tools/simulate/PeptideSampling.h"
 
+#include "tools/io/InputFile.h"
 #include "tools/simulate/RandomStream.h"
 
-#include <QFile>
 #include <QSet>
 
 #include <algorithm>
@@ -142,15 +142,13 @@ QStringList digest(const QStringList& proteins, const SimulationSettings& settin
 
 Result<QStringList> readFasta(const QString& path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly)) {
-        ZEL_RETURN_ERROR(
-            kFileOpenError,
-            QStringLiteral("FASTA file %1 cannot be opened: %2").arg(path, file.errorString()));
-    }
+    ZEL_ASSIGN_OR_RETURN(const auto input, io::InputFile::open(path));
+    ZEL_ASSIGN_OR_RETURN(const QByteArray bytes, input->readText());
     QStringList proteins;
-    for (int lineNumber = 1; !file.atEnd(); ++lineNumber) {
-        const QByteArray line = file.readLine().trimmed();
+    int lineNumber = 0;
+    for (const QByteArray& rawLine : bytes.split('\n')) {
+        ++lineNumber;
+        const QByteArray line = rawLine.trimmed();
         if (line.startsWith('>')) {
             proteins.append(QString());
             continue;
@@ -162,8 +160,7 @@ Result<QStringList> readFasta(const QString& path)
             ZEL_RETURN_ERROR(kFileFormatError,
                              QStringLiteral("FASTA file %1, line %2: a header that starts with > "
                                             "or a sequence of letters is wanted")
-                                 .arg(path)
-                                 .arg(lineNumber));
+                                 .arg(path, QString::number(lineNumber)));
         }
         if (!line.isEmpty()) {
             proteins.back() += QString::fromLatin1(line.toUpper());
@@ -183,10 +180,10 @@ Result<QStringList> choosePeptides(const SimulationSettings& settings)
         ZEL_RETURN_ERROR(kBadParameterError,
                          QStringLiteral("FASTA file %1 has %2 proteins but no tryptic peptide of "
                                         "%3 to %4 residues")
-                             .arg(settings.fastaPath)
-                             .arg(proteins.size())
-                             .arg(settings.minPeptideLength)
-                             .arg(settings.maxPeptideLength));
+                             .arg(settings.fastaPath,
+                                  QString::number(proteins.size()),
+                                  QString::number(settings.minPeptideLength),
+                                  QString::number(settings.maxPeptideLength)));
     }
     RandomStream random(settings.seed, {RandomStream::Sequences});
     keepRandom(peptides, settings.peptideCount, random);

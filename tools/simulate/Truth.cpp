@@ -1,10 +1,9 @@
 #include "tools/simulate/Truth.h"
 
 #include "common/stable/NumberText.h"
+#include "tools/io/OutputFile.h"
 
-#include <QFileInfo>
 #include <QHash>
-#include <QSaveFile>
 
 #include <algorithm>
 #include <functional>
@@ -44,19 +43,11 @@ QByteArray row(const TrueIon& ion)
 
 Error writeTable(const QString& path, const QByteArray& header, const QByteArrayList& rows)
 {
-    QSaveFile file(path);
-    const QFileInfo info(path); // a QSaveFile would put a file in the place of a device
-    if ((info.exists() && !info.isFile()) || !file.open(QIODevice::WriteOnly)) {
-        ZEL_RETURN_ERROR(
-            kFileOpenError,
-            QStringLiteral("File %1 cannot be written: %2").arg(path, file.errorString()));
-    }
-    file.write(header + rows.join());
-    if (!file.commit()) { // tells of failed writes too
-        ZEL_RETURN_ERROR(
-            kError, QStringLiteral("File %1 was not written: %2").arg(path, file.errorString()));
-    }
-    return kNoError;
+    Error e;
+    ZEL_ASSIGN_OR_RETURN(const auto file, io::OutputFile::open(path));
+    *file << header << rows.join();
+    ZEL_RETURN_IF_ERROR(file->commit());
+    return e;
 }
 
 QByteArray windowRow(const TrueIon& ion)

@@ -1,6 +1,6 @@
 #include "tools/sources/mzml/MzmlWriter.h"
 
-#include "tools/io/SaveFileBuffer.h"
+#include "tools/io/OutputStream.h"
 #include "tools/sources/ScanIndex.h"
 #include "tools/sources/SpectrumUtils.h"
 #include "tools/sources/mzml/Fault.h"
@@ -296,15 +296,9 @@ Error writeMzml(const QString& path,
                 const MzmlWriterOptions& options,
                 const QSharedPointer<ProgressBarInterface>& progress)
 {
+    Error e;
     ZEL_ASSIGN_OR_RETURN(std::vector<ScanGroup> groups, groupsOf(scans, options.frames));
-    SaveFileBuffer file(path, path.endsWith(QLatin1String(".gz")));
-    const auto writeError = [&path](const QString& why) {
-        return Error(kFileOpenError, QStringLiteral("%1 could not be written: %2").arg(path, why));
-    };
-    if (!file.open()) {
-        ZEL_RETURN_ERROR(writeError(file.errorString()));
-    }
-    std::ostream stream(&file);
+    ZEL_ASSIGN_OR_RETURN(const auto file, io::OutputFile::open(path));
     bool isCanceled = false;
     const QString fault = faultOf([&] {
         const boost::shared_ptr<WriteProgress> listener(new WriteProgress(groups.size(), progress));
@@ -314,19 +308,19 @@ Error writeMzml(const QString& path,
             new SpectrumMaker(std::move(groups), options.mobility));
         maker->setDataProcessingPtr(data.dataProcessingPtrs.front());
         data.run.spectrumListPtr = maker;
+        io::OutputStream stream(file.get(), path.endsWith(QLatin1String(".gz")));
         writeData(data, listener, stream);
+        stream.finish();
         isCanceled = listener->isCanceled();
     });
     if (isCanceled || zel::isCanceled(progress)) {
         ZEL_RETURN_ERROR(kOperationCanceledError);
     }
     if (!fault.isEmpty()) {
-        ZEL_RETURN_ERROR(writeError(fault));
+        ZEL_RETURN_ERROR(kError, QStringLiteral("Could not write %1: %2").arg(path, fault));
     }
-    if (!stream || !file.commit()) {
-        ZEL_RETURN_ERROR(writeError(file.errorString()));
-    }
-    return kNoError;
+    ZEL_RETURN_IF_ERROR(file->commit());
+    return e;
 }
 
 } // namespace zel::msreader

@@ -36,7 +36,8 @@ struct MzmlWriterOptions
 ///                  `info.mobility`, in ascending order inside a frame
 /// \param progress  one step a hundred spectra; may be null
 /// \return kBadParameterError for scans that are not as they should be, kFileOpenError when the
-///         file cannot be written, kOperationCanceledError
+///         file cannot be made, kError when it cannot be written to its end,
+///         kOperationCanceledError
 Error writeMzml(const QString& path,
                 const QList<InMemoryScan>& scans,
                 const MzmlWriterOptions& options = {},

@@ -1,6 +1,6 @@
 #include "tools/sources/mzml/SpectrumFile.h"
 
-#include "tools/io/UncompressedFile.h"
+#include "tools/io/InputFile.h"
 #include "tools/sources/mzml/AccessionAdapter.h"
 #include "tools/sources/mzml/Fault.h"
 #include "tools/sources/mzml/FilteredFileBuffer.h"
@@ -304,12 +304,13 @@ SpectrumFile::~SpectrumFile() = default;
 
 Result<std::unique_ptr<SpectrumFile>> SpectrumFile::open(const QString& path)
 {
-    ZEL_ASSIGN_OR_RETURN(std::unique_ptr<QFile> file, openUncompressed(path));
+    ZEL_ASSIGN_OR_RETURN(const auto input, io::InputFile::open(path));
     std::unique_ptr<SpectrumFile> opened(new SpectrumFile(std::make_unique<Private>(path)));
-    const Root root = rootOf(file->read(kHeadSize));
+    const Root root = rootOf(input->head());
     if (root.format == Format::Unknown) {
         ZEL_RETURN_ERROR(opened->formatError(QStringLiteral("this is no mzML or mzXML file")));
     }
+    ZEL_ASSIGN_OR_RETURN(std::unique_ptr<QFile> file, input->toSeekable());
     file->seek(std::max<qint64>(file->size() - kTailSize, 0));
     if (!file->read(kTailSize).contains(root.end)) {
         ZEL_RETURN_ERROR(opened->formatError(QStringLiteral("the file is cut off: %1 is missing")

@@ -73,8 +73,9 @@ Error checkHasMsLevel(msreader::MsDataSourceInterface* source, const QString& pa
     ZEL_ASSIGN_OR_RETURN(const auto ids,
                          source->scanIds(msreader::MsQuery::createByMsLevel(msLevel)));
     if (ids.isEmpty()) {
-        ZEL_RETURN_ERROR(kBadParameterError,
-                         QStringLiteral("%1 holds no scans of MS level %2").arg(path).arg(msLevel));
+        ZEL_RETURN_ERROR(
+            kBadParameterError,
+            QStringLiteral("%1 holds no scans of MS level %2").arg(path, QString::number(msLevel)));
     }
     return kNoError;
 }

@@ -4,7 +4,8 @@
 #include "feature_finder/finders/FeatureFinderFactory.h"
 #include "feature_finder/finders/FeatureFinderParametersAutoSet.h"
 #include "feature_finder/records/ChargeFeatureList.h"
-#include "tools/io/TextOutput.h"
+#include "tools/io/FileCheck.h"
+#include "tools/io/OutputFile.h"
 #include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/RunFile.h"
 #include "tools/zel/features/FeatureSettings.h"
@@ -28,6 +29,10 @@
 namespace zel::tool {
 
 namespace {
+
+constexpr char kStoreSuffix[] = ".ftrs";
+constexpr char kTableSuffix[] = ".features.tsv";
+constexpr char kJsonSuffix[] = ".features.json";
 
 struct FeaturesOptions
 {
@@ -60,9 +65,33 @@ QString baseName(const std::string& file)
     return QFileInfo(uncompressedPath(file)).completeBaseName();
 }
 
-/// Makes the folder, and refuses runs whose outputs would have one name.
+/// The file with this suffix that a run makes.
+QString outputPath(const FeaturesOptions& options, const std::string& file, const char* suffix)
+{
+    return QString::fromStdString(options.outputDir) + QLatin1Char('/') + baseName(file) +
+           QLatin1String(suffix);
+}
+
+io::CommandFiles filesOf(const FeaturesOptions& options)
+{
+    io::CommandFiles files;
+    for (const std::string& file : options.files) {
+        files.inputs.append(QString::fromStdString(file));
+        files.outputs.append(outputPath(options, file, kStoreSuffix));
+        if (options.tsv) {
+            files.outputs.append(outputPath(options, file, kTableSuffix));
+        }
+        if (options.json) {
+            files.outputs.append(outputPath(options, file, kJsonSuffix));
+        }
+    }
+    return files;
+}
+
+/// Makes the folder, and refuses runs whose outputs would have one name or cannot be written.
 Error prepareOutputs(const FeaturesOptions& options)
 {
+    Error e;
     QSet<QString> names;
     for (const std::string& file : options.files) {
         const QString name = baseName(file);
@@ -79,7 +108,8 @@ Error prepareOutputs(const FeaturesOptions& options)
         ZEL_RETURN_ERROR(kFileOpenError,
                          QStringLiteral("Could not make folder \"%1\"").arg(folder));
     }
-    return kNoError;
+    ZEL_RETURN_IF_ERROR(io::checkFiles(filesOf(options)));
+    return e;
 }
 
 /// Refuses settings that a run cannot have, and names those that are of no effect on it.
@@ -173,7 +203,7 @@ Result<RunFeatures> findFeatures(const FeaturesOptions& options,
 Error writeText(const QString& path, const QByteArray& text)
 {
     Error e;
-    ZEL_ASSIGN_OR_RETURN(const auto output, TextOutput::open(path));
+    ZEL_ASSIGN_OR_RETURN(const auto output, io::OutputFile::open(path));
     *output << text;
     ZEL_RETURN_IF_ERROR(output->commit());
     return kNoError;
@@ -192,7 +222,8 @@ public:
         if (!outputs->m_unfinished.isValid()) {
             ZEL_RETURN_ERROR(kFileOpenError,
                              QStringLiteral("Could not write into folder %1: %2")
-                                 .arg(outputs->m_folder, outputs->m_unfinished.errorString()));
+                                 .arg(QString::fromStdString(options.outputDir),
+                                      outputs->m_unfinished.errorString()));
         }
         for (const char* suffix : {".ftrs-journal", ".ftrs-wal"}) {
             const QString journal = outputs->pathWith(suffix);
@@ -200,23 +231,20 @@ public:
                 ZEL_RETURN_ERROR(kFileOpenError,
                                  QStringLiteral("%1 is open in another program, or one left it "
                                                 "unfinished: %2 is there")
-                                     .arg(outputs->pathWith(".ftrs"), journal));
+                                     .arg(outputs->pathWith(kStoreSuffix), journal));
             }
         }
         return outputs;
     }
 
-    QString pathWith(const char* suffix) const
-    {
-        return m_folder + QLatin1Char('/') + m_baseName + QLatin1String(suffix);
-    }
+    QString pathWith(const char* suffix) const { return outputPath(m_options, m_file, suffix); }
 
     Error writeStore(const QList<MasterFeature>& masters) const
     {
         Error e;
-        const QString path = pathWith(".ftrs");
+        const QString path = pathWith(kStoreSuffix);
         FeatureFinderDaoV2 store;
-        e = store.createFtrs(m_runPath, m_unfinished.path(), masters);
+        e = store.createFtrs(uncompressedPath(m_file), m_unfinished.path(), masters);
         if (e.hasError()) { // the statement that failed is of no use to a user
             const QString reason = e.message().section(QLatin1String(" in the SQL"), 0, 0);
             ZEL_RETURN_ERROR(kFileOpenError,
@@ -234,15 +262,13 @@ public:
 
 private:
     RunOutputs(const FeaturesOptions& options, const std::string& file)
-        : m_runPath(uncompressedPath(file))
-        , m_folder(QString::fromStdString(options.outputDir))
-        , m_baseName(baseName(file))
-        , m_unfinished(m_folder + QStringLiteral("/.zel-XXXXXX"))
+        : m_options(options)
+        , m_file(file)
+        , m_unfinished(QString::fromStdString(options.outputDir) + QStringLiteral("/.zel-XXXXXX"))
     {}
 
-    QString m_runPath;
-    QString m_folder;
-    QString m_baseName;
+    const FeaturesOptions& m_options;
+    const std::string& m_file;
     QTemporaryDir m_unfinished;
 };
 
@@ -277,15 +303,15 @@ Error processRun(const FeaturesOptions& options,
                          findFeatures(options, path, source.get(), context));
     ZEL_RETURN_IF_ERROR(outputs->writeStore(found.masters));
     if (options.tsv) {
-        ZEL_RETURN_IF_ERROR(writeTable(found, source.get(), outputs->pathWith(".features.tsv")));
+        ZEL_RETURN_IF_ERROR(writeTable(found, source.get(), outputs->pathWith(kTableSuffix)));
     }
     if (options.json) {
         ZEL_RETURN_IF_ERROR(
-            writeText(outputs->pathWith(".features.json"),
+            writeText(outputs->pathWith(kJsonSuffix),
                       ChargeFeatureList(found.chargeFeatures).serialize().toUtf8()));
     }
     constexpr double bytesPerMb = 1e6;
-    std::cout << outputs->pathWith(".ftrs").toStdString() << ": " << found.counts.hills
+    std::cout << outputs->pathWith(kStoreSuffix).toStdString() << ": " << found.counts.hills
               << " hills, " << found.counts.clusters << " clusters, " << found.chargeFeatures.size()
               << " charge features, " << found.masters.size() << " masters; "
               << static_cast<double>(timer.elapsed()) / 1000.0 << " s, peak memory "

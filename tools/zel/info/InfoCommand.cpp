@@ -1,5 +1,6 @@
 #include "common/stable/NumberText.h"
-#include "tools/io/TextOutput.h"
+#include "tools/io/OutputFile.h"
+#include "tools/io/TsvTable.h"
 #include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/CommandLine.h"
 #include "tools/zel/cli/RunFile.h"
@@ -133,7 +134,7 @@ QByteArray spanText(const Span& span, int decimals)
            QByteArray::number(span.high, 'f', decimals);
 }
 
-void writeForReading(const QByteArray& path, const RunSummary& summary, TextOutput& output)
+void writeForReading(const QByteArray& path, const RunSummary& summary, io::OutputFile& output)
 {
     output << path + "\n";
     for (const auto& [msLevel, level] : summary) {
@@ -148,14 +149,14 @@ void writeForReading(const QByteArray& path, const RunSummary& summary, TextOutp
     }
 }
 
-void writeRows(const QByteArray& path, const RunSummary& summary, TextOutput& output)
+void writeRows(const QByteArray& path, const RunSummary& summary, io::OutputFile& output)
 {
     const auto cells = [](const Span& span) {
         return span.isEmpty() ? QByteArray("\t\t")
                               : '\t' + roundTripText(span.low) + '\t' + roundTripText(span.high);
     };
     for (const auto& [msLevel, level] : summary) {
-        output << path + '\t' + QByteArray::number(msLevel) + '\t' +
+        output << io::tsvCell(path) + '\t' + QByteArray::number(msLevel) + '\t' +
                       QByteArray::number(level.spectrumCount) + '\t' +
                       QByteArray::number(level.peakCount) + cells(level.minutes) + cells(level.mz) +
                       '\t' + kindText(level) + cells(level.mobility) + '\n';
@@ -171,7 +172,7 @@ struct InfoOptions
 Error run(const InfoOptions& options, const CommandContext& context)
 {
     Error e;
-    ZEL_ASSIGN_OR_RETURN(const auto output, TextOutput::open({}));
+    ZEL_ASSIGN_OR_RETURN(const auto output, io::OutputFile::openOrStandardOutput({}));
     if (options.tsv) {
         *output << "file\tms_level\tspectra\tpeaks\trt_min\trt_max\tmz_min\tmz_max\tkind\tmobility_"
                    "min\tmobility_max\n";

@@ -1,3 +1,4 @@
+#include "tools/io/FileCheck.h"
 #include "tools/simulate/Simulator.h"
 #include "tools/sources/mzml/MzmlWriter.h"
 #include "tools/zel/cli/Command.h"
@@ -61,6 +62,26 @@ SimulationSettings settingsOf(const SimulateOptions& options)
     return settings;
 }
 
+io::CommandFiles filesOf(const SimulateOptions& options,
+                         const QString& output,
+                         const QString& truthPath)
+{
+    io::CommandFiles files = {{}, {truthPath}};
+    if (!options.fasta.empty()) {
+        files.inputs.append(QString::fromStdString(options.fasta));
+    }
+    for (const std::string& path : {options.windows, options.matches}) {
+        if (!path.empty()) {
+            files.outputs.append(QString::fromStdString(path));
+        }
+    }
+    const int sampleCount = options.settings.sampleCount;
+    for (int sample = 0; sample < sampleCount; ++sample) {
+        files.outputs.append(runPath(output, sample, sampleCount));
+    }
+    return files;
+}
+
 Error run(const SimulateOptions& options, const CommandContext& context)
 {
     Error e;
@@ -75,6 +96,7 @@ Error run(const SimulateOptions& options, const CommandContext& context)
                                                : msreader::MzmlWriterOptions::Frames::Combined;
     const QString truthPath =
         options.truth.empty() ? defaultTruthPath(output) : QString::fromStdString(options.truth);
+    ZEL_RETURN_IF_ERROR(io::checkFiles(filesOf(options, output, truthPath)));
     context.progress->setText(QStringLiteral("Simulating"));
     QList<simulate::TrueIon> truth;
     QStringList runs;

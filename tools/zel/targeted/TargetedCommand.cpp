@@ -1,5 +1,6 @@
 #include "tools/identifications/SpectrumMatchFile.h"
-#include "tools/io/TextOutput.h"
+#include "tools/io/FileCheck.h"
+#include "tools/io/OutputFile.h"
 #include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/CommandLine.h"
 #include "tools/zel/targeted/TargetedDiagrams.h"
@@ -99,9 +100,9 @@ void tellFeatures(const QList<TargetedRun>& runs,
 {
     for (qsizetype i = 0; i < runs.size(); ++i) {
         tell(QStringLiteral("%1: features for %2 of %3 ions")
-                 .arg(runs[i].name)
-                 .arg(features[i].size())
-                 .arg(runs[i].psms.size()));
+                 .arg(runs[i].name,
+                      QString::number(features[i].size()),
+                      QString::number(runs[i].psms.size())));
     }
     const int emptyCount = intervalsWithoutApex(features);
     if (emptyCount > 0) {
@@ -119,21 +120,26 @@ void tellFeatures(const QList<TargetedRun>& runs,
 Error run(const TargetedOptions& options, const CommandContext& context)
 {
     Error e;
-    // The outputs are opened first, so that a wrong path does not cost the whole search.
-    ZEL_ASSIGN_OR_RETURN(const auto table,
-                         TextOutput::open(QString::fromStdString(options.output)));
+    const QString output = QString::fromStdString(options.output);
     const QString diagrams = QString::fromStdString(options.diagrams);
-    if (!diagrams.isEmpty()) {
-        ZEL_ASSIGN_OR_RETURN([[maybe_unused]] const auto unused, TextOutput::open(diagrams));
+    const QString finderDiagrams = isAdaptive(options) ? diagrams : QString();
+    const QString alignmentDiagrams = isAligned(options) ? alignmentPagePath(diagrams) : QString();
+    io::CommandFiles files = {texts(options.runs) + texts(options.psms), {output}};
+    for (const QString& path : {finderDiagrams, alignmentDiagrams}) {
+        if (!path.isEmpty()) {
+            files.outputs.append(path);
+        }
     }
+    ZEL_RETURN_IF_ERROR(io::checkFiles(files));
+    ZEL_ASSIGN_OR_RETURN(const auto table, io::OutputFile::openOrStandardOutput(output));
     ZEL_ASSIGN_OR_RETURN(QList<TargetedRun> runs, openRuns(texts(options.runs)));
     for (const TargetedRun& run : runs) {
         ZEL_RETURN_IF_ERROR(checkHasMsLevel(run.source.get(), run.path, 1));
     }
     ZEL_RETURN_IF_ERROR(readMatches(options, &runs));
 
-    DiagramPage finderPage(isAdaptive(options) ? diagrams : QString());
-    DiagramPage alignmentPage(isAligned(options) ? alignmentPagePath(diagrams) : QString());
+    DiagramPage finderPage(finderDiagrams);
+    DiagramPage alignmentPage(alignmentDiagrams);
     const Drawing drawing = {hashesToDraw(runs, options.maxDiagramIons),
                              finderPage.partPath(),
                              alignmentPage.partPath()};

@@ -1,6 +1,6 @@
 #include "tools/zel/targeted/TargetedDiagrams.h"
 
-#include "tools/io/TextOutput.h"
+#include "tools/io/OutputFile.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -34,7 +34,7 @@ Error DiagramPage::commit()
         ZEL_RETURN_ERROR(kFileOpenError,
                          QStringLiteral("Could not write %1: %2").arg(m_path, part.errorString()));
     }
-    ZEL_ASSIGN_OR_RETURN(const auto page, TextOutput::open(m_path));
+    ZEL_ASSIGN_OR_RETURN(const auto page, io::OutputFile::open(m_path));
     *page << part.readAll();
     ZEL_RETURN_IF_ERROR(page->commit());
     return e;

@@ -5,6 +5,7 @@
 #include "ms_feature/diagrams/GraphyCollection.h"
 #include "ms_feature/finders/MsFeatureFinderSegV2.h"
 #include "ms_feature/segmentation/MsFeatureFinderStage1.h"
+#include "tools/io/TsvTable.h"
 
 #include <QByteArrayList>
 
@@ -134,9 +135,9 @@ QByteArray featureRows(const QString& runName, const Ms1Feature& feature)
     QByteArray rows;
     for (qsizetype i = 0; i < intervals.size(); ++i) {
         const ApexInterval& interval = intervals[i];
-        rows += QByteArrayList({runName.toUtf8(),
-                                ion.sequence().toUtf8(),
-                                ion.tarnicStyleMods().toUtf8(),
+        rows += QByteArrayList({io::tsvCell(runName.toUtf8()),
+                                io::tsvCell(ion.sequence().toUtf8()),
+                                io::tsvCell(ion.tarnicStyleMods().toUtf8()),
                                 QByteArray::number(ion.charge()),
                                 roundTripText(ion.calcMz()),
                                 roundTripText(interval.interval().start),

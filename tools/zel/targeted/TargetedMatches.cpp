@@ -191,11 +191,11 @@ bool MatchAssignment::add(qsizetype runIndex,
     if (rtMinutes < start - kTimeSlackMinutes || rtMinutes > end + kTimeSlackMinutes) {
         *complaint = {Reason::OutsideRun,
                       QStringLiteral("%1: the time %2 min lies outside run %3, %4 to %5 min")
-                          .arg(match.place)
-                          .arg(rtMinutes)
-                          .arg(run.name)
-                          .arg(start)
-                          .arg(end)};
+                          .arg(match.place,
+                               QString::number(rtMinutes),
+                               run.name,
+                               QString::number(start),
+                               QString::number(end))};
         return false;
     }
     const PeptideSpectrumMatch psm = psmOf(match, rtMinutes);
@@ -209,9 +209,10 @@ bool MatchAssignment::add(qsizetype runIndex,
     if (m_seen[runIndex].contains(key)) {
         *complaint = {Reason::Duplicate,
                       QStringLiteral("%1: %2 with charge %3 at %4 min stands there already")
-                          .arg(match.place, match.sequence)
-                          .arg(match.charge)
-                          .arg(rtMinutes)};
+                          .arg(match.place,
+                               match.sequence,
+                               QString::number(match.charge),
+                               QString::number(rtMinutes))};
         return false;
     }
     m_seen[runIndex].insert(key);

@@ -93,10 +93,13 @@ QList<double> ticks(const Axis& axis)
     return values;
 }
 
-/// A span that can be drawn, also when all values are equal.
+/// A span that can be drawn, also when all values are equal, or so nearly that doubles have no room
+/// for steps between them.
 Axis makeAxis(double low, double high, double pixelAtLow, double pixelAtHigh)
 {
-    const double margin = high > low ? 0.0 : std::max(std::abs(high), 1.0) * 0.5;
+    constexpr double leastShare = 1e-9;
+    const double size = std::max(std::abs(low), std::abs(high));
+    const double margin = high - low > leastShare * size ? 0.0 : std::max(size, 1.0) * 0.5;
     return {low - margin, high + margin, pixelAtLow, pixelAtHigh};
 }
 

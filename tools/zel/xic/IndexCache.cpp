@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QUuid>
 
 #include <algorithm>
 
@@ -23,6 +24,9 @@ QString hexOfHash(const QByteArray& bytes)
 Result<QString> fingerprintOf(const QString& path)
 {
     constexpr qint64 sampleBytes = 1 << 20;
+    if (!QFileInfo(path).isFile()) { // what came through a pipe cannot be read again
+        return QUuid::createUuid().toString();
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         ZEL_RETURN_ERROR(

@@ -1,5 +1,7 @@
 #include "common/stable/NumberText.h"
-#include "tools/io/TextOutput.h"
+#include "tools/io/FileCheck.h"
+#include "tools/io/OutputFile.h"
+#include "tools/io/TsvTable.h"
 #include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/CommandLine.h"
 #include "tools/zel/cli/RunFile.h"
@@ -102,11 +104,11 @@ Result<QList<NamedXic>> extract(const XicOptions& options,
     return extractInBulk(targets, {options.msLevel, filter}, source, progress);
 }
 
-void writeTable(const QList<NamedXic>& xics, TextOutput& output)
+void writeTable(const QList<NamedXic>& xics, io::OutputFile& output)
 {
     output << "name\trt_min\tintensity\n";
     for (const NamedXic& xic : xics) {
-        const QByteArray name = xic.name.toUtf8() + '\t';
+        const QByteArray name = io::tsvCell(xic.name.toUtf8()) + '\t';
         QByteArray rows;
         for (const QPointF& point : xic.points) {
             rows += name + roundTripText(point.x()) + '\t' + roundTripText(point.y()) + '\n';
@@ -115,16 +117,32 @@ void writeTable(const QList<NamedXic>& xics, TextOutput& output)
     }
 }
 
+/// What the options name.
+io::CommandFiles filesOf(const XicOptions& options)
+{
+    io::CommandFiles files = {{QString::fromStdString(options.file)},
+                              {QString::fromStdString(options.output)}};
+    if (!options.windows.empty()) {
+        files.inputs.append(QString::fromStdString(options.windows));
+    }
+    if (!options.plot.empty()) {
+        files.outputs.append(QString::fromStdString(options.plot));
+    }
+    return files;
+}
+
 Error run(const XicOptions& options, const CommandContext& context)
 {
     Error e;
+    ZEL_RETURN_IF_ERROR(io::checkFiles(filesOf(options)));
     ZEL_ASSIGN_OR_RETURN(const QList<XicTarget> targets, targetsOf(options));
-    // The outputs are opened first, so that a wrong path does not cost the whole extraction.
-    ZEL_ASSIGN_OR_RETURN(const auto table,
-                         TextOutput::open(QString::fromStdString(options.output)));
-    std::unique_ptr<TextOutput> plot;
+    ZEL_ASSIGN_OR_RETURN(
+        const auto table,
+        io::OutputFile::openOrStandardOutput(QString::fromStdString(options.output)));
+    std::unique_ptr<io::OutputFile> plot;
     if (!options.plot.empty()) {
-        ZEL_ASSIGN_OR_RETURN(plot, TextOutput::open(QString::fromStdString(options.plot)));
+        ZEL_ASSIGN_OR_RETURN(
+            plot, io::OutputFile::openOrStandardOutput(QString::fromStdString(options.plot)));
     }
     const QString path = QString::fromStdString(options.file);
     ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));

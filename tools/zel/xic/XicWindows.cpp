@@ -8,7 +8,7 @@
 
 namespace zel::tool {
 
-using msreader::TsvTable;
+using io::TsvTable;
 
 namespace {
 

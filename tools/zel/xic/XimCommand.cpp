@@ -1,5 +1,6 @@
 #include "common/stable/NumberText.h"
-#include "tools/io/TextOutput.h"
+#include "tools/io/FileCheck.h"
+#include "tools/io/OutputFile.h"
 #include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/CommandLine.h"
 #include "tools/zel/cli/RunFile.h"
@@ -104,15 +105,16 @@ Result<QList<QPointF>> mobilogram(const Frame& frame, const Interval<double>& mz
 Error run(const XimOptions& options, const CommandContext& /*context*/)
 {
     Error e;
-    ZEL_ASSIGN_OR_RETURN(const auto output,
-                         TextOutput::open(QString::fromStdString(options.output)));
     const QString path = QString::fromStdString(options.file);
+    const QString outputPath = QString::fromStdString(options.output);
+    ZEL_RETURN_IF_ERROR(io::checkFiles({{path}, {outputPath}}));
+    ZEL_ASSIGN_OR_RETURN(const auto output, io::OutputFile::openOrStandardOutput(outputPath));
     ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
     ZEL_ASSIGN_OR_RETURN(const Frame frame, readFrame(source.get(), options.frame));
     if (frame.scans.isEmpty()) {
-        ZEL_RETURN_ERROR(
-            kBadParameterError,
-            QStringLiteral("%1: frame %2 has no mobility scans").arg(path).arg(options.frame));
+        ZEL_RETURN_ERROR(kBadParameterError,
+                         QStringLiteral("%1: frame %2 has no mobility scans")
+                             .arg(path, QString::number(options.frame)));
     }
     ZEL_ASSIGN_OR_RETURN(const QList<QPointF> xim, mobilogram(frame, parseMzRange(options.mz)));
     *output << "scan\tmobility\tintensity\n";

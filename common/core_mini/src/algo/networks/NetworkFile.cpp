@@ -213,12 +213,11 @@ Result<NetworkPointer> load(const QString& path,
     ZEL_ASSIGN_OR_RETURN(const auto networks, parse(content));
     const NetworkPointer network = networks.value(name);
     if (!network || network->inputSize() != inputSize || network->outputSize() != outputSize) {
-        ZEL_RETURN_ERROR(kFileFormatError,
-                         QStringLiteral("The network file %1 holds no network \"%2\" of %3 inputs "
-                                        "and %4 outputs")
-                             .arg(path, name)
-                             .arg(inputSize)
-                             .arg(outputSize));
+        ZEL_RETURN_ERROR(
+            kFileFormatError,
+            QStringLiteral("The network file %1 holds no network \"%2\" of %3 inputs "
+                           "and %4 outputs")
+                .arg(path, name, QString::number(inputSize), QString::number(outputSize)));
     }
     return network;
 }
