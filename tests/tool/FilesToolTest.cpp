@@ -113,6 +113,21 @@ TEST_F(FilesToolTest, OverwritesNoInputAndNoOtherOutput)
         << "a device may be named twice";
 }
 
+TEST_F(FilesToolTest, WritesNoHalfPageOfDiagrams)
+{
+    write(text("psms.tsv"), "sequence\tcharge\tmz\trt\nK\t1\t400\t0.2\n");
+    write(text("d.html.part"), "of somebody else");
+    const QStringList before = files();
+    // A block is 512 or 1024 bytes; the page has more, the table has less.
+    const Outcome outcome =
+        shell(text("trap '' XFSZ; ulimit -f 1;"
+                   "zel targeted run.mzML --psms psms.tsv -o /dev/null --diagrams d.html"));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.contains(text("zel: Could not write d.html")))
+        << outcome.errors.toStdString();
+    EXPECT_EQ(files(), before);
+}
+
 TEST_F(FilesToolTest, ShowsNamesAsTheyAre)
 {
     shell(text("cp run.mzML '%2.mzML'"));

@@ -138,11 +138,11 @@ Error run(const TargetedOptions& options, const CommandContext& context)
     }
     ZEL_RETURN_IF_ERROR(readMatches(options, &runs));
 
-    DiagramPage finderPage(finderDiagrams);
-    DiagramPage alignmentPage(alignmentDiagrams);
+    ZEL_ASSIGN_OR_RETURN(const DiagramPage finderPage, DiagramPage::open(finderDiagrams));
+    ZEL_ASSIGN_OR_RETURN(const DiagramPage alignmentPage, DiagramPage::open(alignmentDiagrams));
     const Drawing drawing = {hashesToDraw(runs, options.maxDiagramIons),
-                             finderPage.partPath(),
-                             alignmentPage.partPath()};
+                             finderPage.libraryPath(),
+                             alignmentPage.libraryPath()};
     ZEL_ASSIGN_OR_RETURN(QList<FeaturesByHash> features,
                          findFeatures(options, drawing, runs, context.progress));
     ZEL_ASSIGN_OR_RETURN(const AlignmentCounts counts,

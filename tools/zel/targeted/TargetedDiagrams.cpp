@@ -2,40 +2,48 @@
 
 #include "tools/io/OutputFile.h"
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
 namespace zel::tool {
 
-DiagramPage::DiagramPage(const QString& path)
-    : m_path(path)
-{}
-
-DiagramPage::~DiagramPage()
+Result<DiagramPage> DiagramPage::open(const QString& path)
 {
-    if (!m_path.isEmpty()) {
-        QFile::remove(partPath());
+    DiagramPage page;
+    if (path.isEmpty()) {
+        return page;
     }
+    page.m_path = path;
+    page.m_folder = std::make_shared<QTemporaryDir>();
+    if (!page.m_folder->isValid()) {
+        ZEL_RETURN_ERROR(kFileOpenError,
+                         QStringLiteral("Could not make a temporary folder for %1: %2")
+                             .arg(path, page.m_folder->errorString()));
+    }
+    return page;
 }
 
-QString DiagramPage::partPath() const
+QString DiagramPage::libraryPath() const
 {
-    return m_path.isEmpty() ? QString() : m_path + QLatin1String(".part");
+    return m_folder ? m_folder->filePath(QStringLiteral("page.html")) : QString();
 }
 
-Error DiagramPage::commit()
+Error DiagramPage::commit() const
 {
-    if (m_path.isEmpty()) {
+    if (!m_folder) {
         return kNoError;
     }
     Error e;
-    QFile part(partPath());
-    if (!part.open(QIODevice::ReadOnly)) {
-        ZEL_RETURN_ERROR(kFileOpenError,
-                         QStringLiteral("Could not write %1: %2").arg(m_path, part.errorString()));
-    }
     ZEL_ASSIGN_OR_RETURN(const auto page, io::OutputFile::open(m_path));
-    *page << part.readAll();
+    QFile written(libraryPath());
+    const QByteArray content = written.open(QIODevice::ReadOnly) ? written.readAll() : QByteArray();
+    if (!content.endsWith("</table></body></html>\n")) {
+        ZEL_RETURN_ERROR(kError,
+                         QStringLiteral("Could not write %1: its diagrams did not fit into %2")
+                             .arg(m_path, QDir::tempPath()));
+    }
+    *page << content;
     ZEL_RETURN_IF_ERROR(page->commit());
     return e;
 }

@@ -1,31 +1,34 @@
 #pragma once
 
-#include "common/stable/Error.h"
+#include "common/stable/Result.h"
 #include "tools/zel/targeted/TargetedMatches.h"
 
 #include <QSet>
 #include <QString>
+#include <QTemporaryDir>
+
+#include <memory>
 
 namespace zel::tool {
 
-/// A page that the library writes by its path when an object goes. It is written under another name
-/// beside, and takes its own when all went well.
+/// A page of diagrams, whole or not at all. The library writes it by its path when an object goes,
+/// and reports no failure: it gets a path in a temporary folder, and what it wrote there is checked
+/// and goes into the wanted file.
 class DiagramPage
 {
 public:
     /// \param path  empty: no page is wanted
-    explicit DiagramPage(const QString& path);
-    /// Removes what was not committed.
-    ~DiagramPage();
-    Q_DISABLE_COPY_MOVE(DiagramPage)
+    /// \return kFileOpenError when there is no place for the temporary folder
+    static Result<DiagramPage> open(const QString& path);
 
     /// Where the library is to write; empty without a page.
-    QString partPath() const;
-    /// \return kFileOpenError when the page could not be written
-    Error commit();
+    QString libraryPath() const;
+    /// Makes the page. \return kError or kFileOpenError when it could not be written
+    Error commit() const;
 
 private:
     QString m_path;
+    std::shared_ptr<QTemporaryDir> m_folder;
 };
 
 /// "page.alignment.html" for "page.html", and nothing for nothing.
