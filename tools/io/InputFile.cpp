@@ -1,5 +1,7 @@
 #include "tools/io/InputFile.h"
 
+#include "tools/io/OutputFile.h"
+
 #include <QTemporaryFile>
 #include <boost/iostreams/categories.hpp>
 #include <boost/iostreams/filter/gzip.hpp>
@@ -176,24 +178,26 @@ Result<std::unique_ptr<QFile>> InputFile::toSeekable()
         return file;
     }
     auto copy = std::make_unique<QTemporaryFile>();
-    const auto copyError = [this, &copy] {
-        return Error(kFileOpenError,
-                     QStringLiteral("%1 could not be copied into a temporary file: %2")
-                         .arg(m_path, copy->errorString()));
+    const auto copyError = [this](const QString& reason) {
+        return Error(
+            kFileOpenError,
+            QStringLiteral("Could not copy %1 into a temporary file: %2").arg(m_path, reason));
     };
-    if (!copy->open()) {
-        ZEL_RETURN_ERROR(copyError());
+    QFile unbuffered;
+    if (!copy->open() ||
+        !unbuffered.open(copy->handle(), QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+        ZEL_RETURN_ERROR(copyError(copy->errorString()));
     }
     QByteArray block = m_head;
     for (qint64 count = block.size(); count > 0;) {
-        if (copy->write(block.constData(), count) != count) {
-            ZEL_RETURN_ERROR(copyError());
+        if (!writeAll(unbuffered, block.constData(), count)) {
+            ZEL_RETURN_ERROR(copyError(unbuffered.errorString()));
         }
         block.resize(kBlockSize);
         ZEL_ASSIGN_OR_RETURN(count, m_reader->read(block.data(), kBlockSize));
     }
-    if (!copy->flush() || !copy->seek(0)) {
-        ZEL_RETURN_ERROR(copyError());
+    if (!copy->seek(0)) {
+        ZEL_RETURN_ERROR(copyError(copy->errorString()));
     }
     return std::unique_ptr<QFile>(std::move(copy));
 }

@@ -70,15 +70,13 @@ void OutputFile::write(const char* bytes, qint64 count)
 {
     m_buffer.append(bytes, count);
     if (m_buffer.size() >= kBlockSize) {
-        writeOut(m_buffer.constData(), m_buffer.size());
-        m_buffer.resize(0); // keeps its memory
+        writeOut();
     }
 }
 
 Error OutputFile::commit()
 {
-    writeOut(m_buffer.constData(), m_buffer.size());
-    m_buffer.clear();
+    writeOut();
     if (!m_hasFailed && m_saveFile != nullptr && !m_saveFile->commit()) {
         m_hasFailed = true;
         m_reason = m_saveFile->errorString();
@@ -89,17 +87,26 @@ Error OutputFile::commit()
     return kNoError;
 }
 
-/// Writes all bytes. What a full disk does not take at once it refuses with a reason the next time.
-void OutputFile::writeOut(const char* bytes, qint64 count)
+void OutputFile::writeOut()
 {
-    for (qint64 done = 0; done < count && !m_hasFailed;) {
-        const qint64 written = m_device->write(bytes + done, count - done);
+    if (!m_hasFailed && !writeAll(*m_device, m_buffer.constData(), m_buffer.size())) {
+        m_hasFailed = true;
+        m_reason = m_device->errorString();
+    }
+    m_buffer.resize(0); // keeps its memory
+}
+
+bool writeAll(QIODevice& device, const char* bytes, qint64 count)
+{
+    // What a full disk does not take at once it refuses with a reason the next time.
+    for (qint64 done = 0; done < count;) {
+        const qint64 written = device.write(bytes + done, count - done);
         if (written <= 0) {
-            m_hasFailed = true;
-            m_reason = m_device->errorString();
+            return false;
         }
         done += written;
     }
+    return true;
 }
 
 } // namespace zel::io

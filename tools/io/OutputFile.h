@@ -12,6 +12,10 @@ class QSaveFile;
 
 namespace zel::io {
 
+/// Writes all bytes to a device without a buffer of its own. When it fails, the device's
+/// errorString says why. \return whether all were written
+bool writeAll(QIODevice& device, const char* bytes, qint64 count);
+
 /// A file that appears under its name as a whole or not at all: it is written beside, and renamed
 /// by `commit`. What is no regular file, such as /dev/null or a pipe, is written as it comes.
 class OutputFile
@@ -35,7 +39,7 @@ public:
 private:
     OutputFile(const QString& name, std::unique_ptr<QFileDevice> device, QSaveFile* saveFile);
 
-    void writeOut(const char* bytes, qint64 count);
+    void writeOut();
 
     QString m_name; ///< as messages call it
     std::unique_ptr<QFileDevice> m_device;
