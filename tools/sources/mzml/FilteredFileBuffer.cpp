@@ -77,6 +77,9 @@ bool FilteredFileBuffer::load(qint64 position)
     }
     const qint64 count = m_file->read(m_bytes.data(), marginBefore + kBlockSize + kMargin);
     if (count <= marginBefore) {
+        // What was read before the end lies over the block that was there.
+        m_start = position;
+        setg(m_bytes.data(), m_bytes.data(), m_bytes.data());
         return false;
     }
     const std::span<char> bytes = std::span(m_bytes).first(static_cast<std::size_t>(count));
