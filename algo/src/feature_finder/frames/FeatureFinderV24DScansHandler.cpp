@@ -208,9 +208,9 @@ Result<Frame> FeatureFinderV24DScansHandler::buildScanFrame(int d1)
                                 Error(kError, QStringLiteral("There is no frame %1").arg(d1))));
     Frame frame;
     for (const MsScanId& id : *ids) {
-        auto points = m_source->scanData(MsQuery(id, PeakPickingFilter::Profile));
+        const auto points = m_source->scanData(MsQuery(id, PeakPickingFilter::Profile));
         if (points.isOk()) {
-            frame.insert(*scanNumber(id.d2), std::move(points.value()));
+            frame.insert(*scanNumber(id.d2), points.value());
         } else {
             qCWarning(algoLog) << "No data returned for scanId:" << id.toString();
         }

@@ -83,8 +83,8 @@ bool MatrixRows::isOccupied(int row) const
 std::size_t MatrixRows::rankOf(int row) const
 {
     const std::size_t word = wordOf(row);
-    return static_cast<std::size_t>(m_ranks[word] +
-                                    std::popcount(m_occupied[word] & (bitOf(row) - 1)));
+    return static_cast<std::size_t>(m_ranks[word]) +
+           static_cast<std::size_t>(std::popcount(m_occupied[word] & (bitOf(row) - 1)));
 }
 
 StoredEntries MatrixRows::row(int row) const

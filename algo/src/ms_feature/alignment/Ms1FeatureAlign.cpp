@@ -310,7 +310,7 @@ Result<std::optional<Ms1Feature>> Ms1FeatureAlign::findFeaturesOnSummedPlot(
         }
         finder->setReferencePsms(matches);
     }
-    ZEL_ASSIGN_OR_RETURN(const std::optional<Ms1Feature> found,
+    ZEL_ASSIGN_OR_RETURN(std::optional<Ms1Feature> found,
                          finder->findFeature(matches, PlotBase(points)));
     return found;
 }
