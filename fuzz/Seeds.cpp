@@ -1,11 +1,11 @@
-// Writes one folder of valid inputs for each fuzz target below the folder that is given.
+// Writes valid inputs that are no text into the folders of their fuzz targets, which lie below the
+// folder that is given.
 
 #include "common/core_mini/src/algo/networks/NetworkInputs_p.h"
 #include "tools/sources/memory/InMemoryDataSource.h"
 #include "turbo/index/TurboXic.h"
 
 #include <QDataStream>
-#include <QDir>
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -64,12 +64,6 @@ QByteArray tinyNetworkFile()
 
 bool writeSeeds(const QString& folder)
 {
-    for (const char* const target :
-         {"turboxiccache", "turboxicsettings", "formula", "networkfile"}) {
-        if (!QDir(folder).mkpath(QString::fromLatin1(target))) {
-            return false;
-        }
-    }
     const QList<QPointF> peaks = {{400.0, 3}, {500.0, 7}};
     QByteArray settings;
     QDataStream stream(&settings, QIODevice::WriteOnly);
@@ -77,8 +71,6 @@ bool writeSeeds(const QString& folder)
     return writeCacheSeed(folder + QStringLiteral("/turboxiccache/gaps"), {peaks, {}, peaks}) &&
            writeCacheSeed(folder + QStringLiteral("/turboxiccache/last"), {{}, {}, peaks}) &&
            writeFile(folder + QStringLiteral("/turboxicsettings/default"), settings) &&
-           writeFile(folder + QStringLiteral("/formula/glucose"), "C6H12O6") &&
-           writeFile(folder + QStringLiteral("/formula/deamidation"), "N(-1)H(-1)O(1)") &&
            writeFile(folder + QStringLiteral("/networkfile/tiny"), tinyNetworkFile());
 }
 
