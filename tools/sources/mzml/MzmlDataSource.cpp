@@ -7,10 +7,11 @@
 
 namespace zel::msreader {
 
-Result<QSharedPointer<MzmlDataSource>> MzmlDataSource::open(const QString& path)
+Result<QSharedPointer<MzmlDataSource>> MzmlDataSource::open(const QString& path,
+                                                            const RunSelection& selection)
 {
     ZEL_ASSIGN_OR_RETURN(std::unique_ptr<SpectrumFile> file, SpectrumFile::open(path));
-    ZEL_ASSIGN_OR_RETURN(SpectrumRun run, readRun(*file));
+    ZEL_ASSIGN_OR_RETURN(SpectrumRun run, readRun(*file, selection));
     return QSharedPointer<MzmlDataSource>(new MzmlDataSource(std::move(file), std::move(run)));
 }
 

@@ -36,12 +36,17 @@ namespace zel::msreader {
 class MzmlDataSource : public IndexedDataSource
 {
 public:
-    /// \return kFileOpenError or kFileFormatError
-    static Result<QSharedPointer<MzmlDataSource>> open(const QString& path);
+    /// \param selection  the scans that the source has; the others are as if they were not there
+    /// \return kFileOpenError, kFileFormatError, or kBadParameterError when no scan is selected
+    static Result<QSharedPointer<MzmlDataSource>> open(const QString& path,
+                                                       const RunSelection& selection = {});
     ~MzmlDataSource() override;
 
     /// What was repaired, in lines for the user that name the file; empty for most files.
     const QStringList& warnings() const { return m_warnings; }
+
+    /// What the scans of a level differ in.
+    ScanKinds scanKinds(int msLevel) const { return kindsOf(index().records(), msLevel); }
 
     Result<ScanInfo> scanInfo(const MsScanId& id) override;
 

@@ -63,6 +63,40 @@ void reorder(std::size_t first, const std::vector<std::size_t>& order, Headers& 
               headers.isKindStated.begin() + start);
 }
 
+/// Leaves out what the selection does not take.
+Error select(const SpectrumFile& file, const RunSelection& selection, Headers& headers)
+{
+    std::optional<PrecursorInfo> window;
+    if (selection.isolationMz) {
+        window = windowAround(headers.records, *selection.isolationMz);
+        if (!window) {
+            ZEL_RETURN_ERROR(kBadParameterError,
+                             QStringLiteral("%1: no isolation window contains m/z %2")
+                                 .arg(file.path())
+                                 .arg(*selection.isolationMz));
+        }
+    }
+    std::vector<std::size_t> selected;
+    for (std::size_t i = 0; i < headers.records.size(); ++i) {
+        if (isSelected(headers.records[i], selection, window)) {
+            selected.push_back(i);
+        }
+    }
+    if (selected.empty()) {
+        ZEL_RETURN_ERROR(
+            kBadParameterError,
+            QStringLiteral("%1: no scan states the polarity and compensation voltage chosen (%2)")
+                .arg(file.path(), selection.name()));
+    }
+    if (selected.size() < headers.records.size()) {
+        reorder(0, selected, headers);
+        headers.records.resize(selected.size());
+        headers.stored.resize(selected.size());
+        headers.isKindStated.resize(selected.size());
+    }
+    return kNoError;
+}
+
 /// \return how many records had a time before that of an earlier one
 qsizetype sortByTime(Headers& headers)
 {
@@ -140,12 +174,6 @@ Result<std::vector<int>> examineLevels(SpectrumFile& file, Headers& headers)
         ZEL_RETURN_IF_ERROR(decideKind(file, msLevel, sample, headers));
     }
     return combinedLevels;
-}
-
-bool isSameWindow(const PrecursorInfo& a, const PrecursorInfo& b)
-{
-    return a.isolationMz == b.isolationMz && a.isolationLowerOffset == b.isolationLowerOffset &&
-           a.isolationUpperOffset == b.isolationUpperOffset;
 }
 
 /// Whether a record may be a mobility scan of the same frame as the one before it.
@@ -277,10 +305,12 @@ Result<QList<QPointF>> validPoints(const SpectrumFile& file,
 
 } // namespace
 
-Result<SpectrumRun> readRun(SpectrumFile& file)
+Result<SpectrumRun> readRun(SpectrumFile& file, const RunSelection& selection)
 {
+    Error e;
     SpectrumRun run;
     ZEL_ASSIGN_OR_RETURN(Headers headers, readHeaders(file));
+    ZEL_RETURN_IF_ERROR(select(file, selection, headers));
     run.outOfOrderCount = sortByTime(headers);
     ZEL_ASSIGN_OR_RETURN(run.combinedLevels, examineLevels(file, headers));
     const std::vector<FrameRecords> frames =

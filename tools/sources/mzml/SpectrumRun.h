@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/sources/ScanIndex.h"
+#include "tools/sources/RunSelection.h"
 #include "tools/sources/mzml/MobilityAxis.h"
 #include "tools/sources/mzml/SpectrumFile.h"
 
@@ -42,9 +42,11 @@ struct SpectrumRun
 /// - Spectra of which the file does not say whether they are profiles or centroids are judged by
 ///   looksLikeProfile, on the five richest ones of their level together.
 /// - Things other than mass spectra are left out.
+/// - Spectra that the selection does not take are left out, before anything is numbered.
 ///
-/// \return kFileFormatError for a header that cannot be read, or a run without MS1 spectra
-Result<SpectrumRun> readRun(SpectrumFile& file);
+/// \return kFileFormatError for a header that cannot be read, or a run without MS1 spectra;
+/// kBadParameterError when the selection takes none
+Result<SpectrumRun> readRun(SpectrumFile& file, const RunSelection& selection = {});
 
 /// The points of a spectrum, ascending in m/z whatever their order in the file. Points of m/z 0 and
 /// intensity 0, by which some writers fill up empty spectra, are left out.

@@ -38,6 +38,7 @@ struct FeaturesOptions
 {
     std::vector<std::string> files;
     std::string outputDir;
+    msreader::RunSelection selection;
     FeatureSettings settings;
     bool autoSet = false;
     bool tsv = false;
@@ -298,7 +299,7 @@ Error processRun(const FeaturesOptions& options,
     timer.start();
     ZEL_ASSIGN_OR_RETURN(const auto outputs, RunOutputs::open(options, file));
     const QString path = QString::fromStdString(file);
-    ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
+    ZEL_ASSIGN_OR_RETURN(const auto source, openRunOfOneKind(path, options.selection, 1));
     ZEL_ASSIGN_OR_RETURN(const RunFeatures found,
                          findFeatures(options, path, source.get(), context));
     ZEL_RETURN_IF_ERROR(outputs->writeStore(found.masters));
@@ -351,6 +352,7 @@ void addFeaturesCommand(CLI::App& tool, CommandAction& chosen)
                       options->autoSet,
                       "Estimate --d2-kernel-width and --min-hill-length-d1 from the richest frames "
                       "of a run with mobility");
+    addRunSelection(*command, options->selection);
     options->settings.addTo(*command);
     command->footer(
         "A hill is a peak along m/z and along retention, or in one frame along mobility. "

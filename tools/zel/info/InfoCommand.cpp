@@ -43,6 +43,7 @@ struct LevelSummary
     Span minutes;
     Span mz;
     Span mobility;
+    msreader::ScanKinds kinds;
 };
 
 using RunSummary = std::map<int, LevelSummary>;
@@ -122,6 +123,9 @@ Result<RunSummary> summarize(const QString& path, const CommandContext& context)
     if (hasMobility) {
         ZEL_RETURN_IF_ERROR(addMobility(source.get(), summary));
     }
+    for (auto& [msLevel, level] : summary) {
+        level.kinds = source->scanKinds(msLevel);
+    }
     return summary;
 }
 
@@ -132,6 +136,42 @@ QByteArray spanText(const Span& span, int decimals)
     }
     return QByteArray::number(span.low, 'f', decimals) + "-" +
            QByteArray::number(span.high, 'f', decimals);
+}
+
+/// "positive", "positive and negative"; empty where the file states none.
+QByteArray polarityText(const LevelSummary& level, const QByteArray& separator)
+{
+    QByteArrayList texts;
+    for (const msreader::Polarity polarity : level.kinds.polarities) {
+        texts.append(polarity == msreader::Polarity::Positive ? "positive" : "negative");
+    }
+    return texts.join(separator);
+}
+
+/// The FAIMS compensation voltages.
+QByteArray voltageText(const LevelSummary& level, const QByteArray& separator)
+{
+    QByteArrayList texts;
+    for (const double voltage : level.kinds.compensationVoltages) {
+        texts.append(roundTripText(voltage));
+    }
+    return texts.join(separator);
+}
+
+/// What commands tell scans apart by.
+void writeKinds(const LevelSummary& level, io::OutputFile& output)
+{
+    const auto& windows = level.kinds.isolationWindows;
+    if (!level.kinds.polarities.isEmpty()) {
+        output << ", " + polarityText(level, " and ");
+    }
+    if (!level.kinds.compensationVoltages.isEmpty()) {
+        output << ", FAIMS " + voltageText(level, ", ") + " V";
+    }
+    if (!windows.isEmpty()) {
+        output << ", " + QByteArray::number(windows.size()) +
+                      (windows.size() == 1 ? " isolation window" : " isolation windows");
+    }
 }
 
 void writeForReading(const QByteArray& path, const RunSummary& summary, io::OutputFile& output)
@@ -145,6 +185,7 @@ void writeForReading(const QByteArray& path, const RunSummary& summary, io::Outp
         if (!level.mobility.isEmpty()) {
             output << ", mobility " + spanText(level.mobility, 4);
         }
+        writeKinds(level, output);
         output << "\n";
     }
 }
@@ -159,7 +200,9 @@ void writeRows(const QByteArray& path, const RunSummary& summary, io::OutputFile
         output << io::tsvCell(path) + '\t' + QByteArray::number(msLevel) + '\t' +
                       QByteArray::number(level.spectrumCount) + '\t' +
                       QByteArray::number(level.peakCount) + cells(level.minutes) + cells(level.mz) +
-                      '\t' + kindText(level) + cells(level.mobility) + '\n';
+                      '\t' + kindText(level) + cells(level.mobility) + '\t' +
+                      polarityText(level, ",") + '\t' + voltageText(level, ",") + '\t' +
+                      QByteArray::number(level.kinds.isolationWindows.size()) + '\n';
     }
 }
 
@@ -175,7 +218,7 @@ Error run(const InfoOptions& options, const CommandContext& context)
     ZEL_ASSIGN_OR_RETURN(const auto output, io::OutputFile::openOrStandardOutput({}));
     if (options.tsv) {
         *output << "file\tms_level\tspectra\tpeaks\trt_min\trt_max\tmz_min\tmz_max\tkind\tmobility_"
-                   "min\tmobility_max\n";
+                   "min\tmobility_max\tpolarity\tfaims_v\tisolation_windows\n";
     }
     for (const std::string& file : options.files) {
         ZEL_ASSIGN_OR_RETURN(const RunSummary summary,

@@ -132,10 +132,7 @@ Error run(const TargetedOptions& options, const CommandContext& context)
     }
     ZEL_RETURN_IF_ERROR(io::checkFiles(files));
     ZEL_ASSIGN_OR_RETURN(const auto table, io::OutputFile::openOrStandardOutput(output));
-    ZEL_ASSIGN_OR_RETURN(QList<TargetedRun> runs, openRuns(texts(options.runs)));
-    for (const TargetedRun& run : runs) {
-        ZEL_RETURN_IF_ERROR(checkHasMsLevel(run.source.get(), run.path, 1));
-    }
+    ZEL_ASSIGN_OR_RETURN(QList<TargetedRun> runs, openRuns(texts(options.runs), options.selection));
     ZEL_RETURN_IF_ERROR(readMatches(options, &runs));
 
     ZEL_ASSIGN_OR_RETURN(const DiagramPage finderPage, DiagramPage::open(finderDiagrams));

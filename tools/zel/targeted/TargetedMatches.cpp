@@ -86,7 +86,8 @@ Result<QHash<QString, double>> fragmentTimes(msreader::MsDataSourceInterface* so
 
 } // namespace
 
-Result<QList<TargetedRun>> openRuns(const QList<QString>& paths)
+Result<QList<TargetedRun>> openRuns(const QList<QString>& paths,
+                                    const msreader::RunSelection& selection)
 {
     QList<TargetedRun> runs;
     for (const QString& path : paths) {
@@ -97,7 +98,7 @@ Result<QList<TargetedRun>> openRuns(const QList<QString>& paths)
             ZEL_RETURN_ERROR(kBadParameterError,
                              QStringLiteral("two runs are called %1").arg(run.name));
         }
-        ZEL_ASSIGN_OR_RETURN(run.source, openRun(path));
+        ZEL_ASSIGN_OR_RETURN(run.source, openRunOfOneKind(path, selection, 1));
         ZEL_ASSIGN_OR_RETURN(run.times, run.source->retentionTimeRange());
         runs.append(run);
     }

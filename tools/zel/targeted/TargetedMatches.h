@@ -22,8 +22,9 @@ struct TargetedRun
 };
 
 /// Opens the runs. \return the failures of the files; kBadParameterError for two runs of one name,
-/// between which matches could not choose
-Result<QList<TargetedRun>> openRuns(const QList<QString>& paths);
+/// between which matches could not choose, and for a run of several kinds of MS1 scans
+Result<QList<TargetedRun>> openRuns(const QList<QString>& paths,
+                                    const msreader::RunSelection& selection);
 
 /// Hands spectrum matches to the runs that they name, as the library wants them: grouped by the
 /// hash of their ion.

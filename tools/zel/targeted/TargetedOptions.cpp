@@ -31,6 +31,7 @@ void addInputs(CLI::App& command, TargetedOptions& options)
                        "engine, if not given");
     command.add_flag(
         "--any-run", options.anyRun, "Look for each match in every run, whichever run it names");
+    addRunSelection(command, options.selection);
     command.add_flag(
         "--profile", options.profile, "Sum profile points where the file has them, not centroids");
     command.add_option(

@@ -2,6 +2,7 @@
 
 #include "ms_feature/alignment/Ms1FeatureAlignSettings.h"
 #include "ms_feature/records/MsFeatureFinderSettings.h"
+#include "tools/zel/cli/RunFile.h"
 
 #include <CLI/CLI.hpp>
 
@@ -19,6 +20,7 @@ struct TargetedOptions
     std::vector<std::string> runs;
     std::vector<std::string> psms;
     std::string score;
+    msreader::RunSelection selection;
     bool anyRun = false;
     bool profile = false;
     std::string output;

@@ -117,13 +117,15 @@ QString keep(const TurboXic& index, const QString& path, const CacheState& state
 
 Result<RunIndex> indexOfRun(const TurboXicSettings& settings,
                             const QString& cacheDirectory,
+                            const QString& selection,
                             msreader::MsDataSourceInterface* source,
                             const QSharedPointer<ProgressBarInterface>& progress)
 {
     Error e;
     RunIndex made{std::make_unique<TurboXic>(settings), {}};
     const QString runPath = source->dataSourceInformation().filePath;
-    ZEL_ASSIGN_OR_RETURN(const QString fingerprint, fingerprintOf(runPath));
+    ZEL_ASSIGN_OR_RETURN(const QString ofFile, fingerprintOf(runPath));
+    const QString fingerprint = selection.isEmpty() ? ofFile : ofFile + u':' + selection;
     QString cachePath;
     CacheState state{CacheState::Absent, {}};
     if (!cacheDirectory.isEmpty()) {

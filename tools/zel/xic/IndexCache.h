@@ -23,10 +23,13 @@ struct RunIndex
 /// not meet, and copies of one run share theirs. A file that cannot be used, because it is damaged
 /// or was made with other settings, is replaced once the new index is written; one that cannot be
 /// read stays. Whatever is wrong with the folder, the index is built, and a note says what was
-/// wrong. \param cacheDirectory  empty: nothing is kept \param source          over the file that
-/// dataSourceInformation names
+/// wrong.
+/// \param cacheDirectory  empty: nothing is kept
+/// \param selection       RunSelection::name() of the source; each has an index of its own
+/// \param source          over the file that dataSourceInformation names
 Result<RunIndex> indexOfRun(const TurboXicSettings& settings,
                             const QString& cacheDirectory,
+                            const QString& selection,
                             msreader::MsDataSourceInterface* source,
                             const QSharedPointer<ProgressBarInterface>& progress);
 

@@ -38,6 +38,7 @@ struct XicOptions
     bool deamidated = false;
     std::string output;
     std::string plot;
+    msreader::RunSelection selection;
 };
 
 using TimeSet = math::ClosedMultiInterval<double, 6>;
@@ -89,12 +90,14 @@ Result<QList<NamedXic>> extract(const XicOptions& options,
     }
     if (options.turbo) {
         QStringList notes;
-        auto xics = extractFromIndex(
-            targets,
-            {options.maxIonCount, largestScan, QString::fromStdString(options.cache)},
-            source,
-            progress,
-            &notes);
+        auto xics = extractFromIndex(targets,
+                                     {options.maxIonCount,
+                                      largestScan,
+                                      QString::fromStdString(options.cache),
+                                      options.selection.name()},
+                                     source,
+                                     progress,
+                                     &notes);
         for (const QString& note : std::as_const(notes)) {
             std::cerr << "zel: " << note.toStdString() << '\n';
         }
@@ -145,8 +148,8 @@ Error run(const XicOptions& options, const CommandContext& context)
             plot, io::OutputFile::openOrStandardOutput(QString::fromStdString(options.plot)));
     }
     const QString path = QString::fromStdString(options.file);
-    ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
-    ZEL_RETURN_IF_ERROR(checkHasMsLevel(source.get(), path, options.msLevel));
+    ZEL_ASSIGN_OR_RETURN(const auto source,
+                         openRunOfOneKind(path, options.selection, options.msLevel));
     ZEL_ASSIGN_OR_RETURN(const QList<NamedXic> xics,
                          extract(options,
                                  targets,
@@ -246,6 +249,8 @@ void addXicCommand(CLI::App& tool, CommandAction& chosen)
     auto options = std::make_shared<XicOptions>();
     CLI::App* const command = tool.add_subcommand("xic", "Extract ion chromatograms from a run");
     addWindowOptions(*command, *options);
+    addRunSelection(*command, options->selection);
+    addIsolationSelection(*command, options->selection);
     addIndexOptions(*command, *options);
     addIsotopeOptions(*command, *options);
     command->get_option("--windows")

@@ -80,8 +80,9 @@ Result<QList<NamedXic>> extractFromIndex(const QList<XicTarget>& targets,
                           .arg(options.largestScan));
     }
     progress->setText(QStringLiteral("Building the index"));
-    ZEL_ASSIGN_OR_RETURN(const RunIndex run,
-                         indexOfRun(settings, options.cacheDirectory, source, progress));
+    ZEL_ASSIGN_OR_RETURN(
+        const RunIndex run,
+        indexOfRun(settings, options.cacheDirectory, options.selection, source, progress));
     notes->append(run.notes);
     if (!run.index->isValid()) {
         ZEL_RETURN_ERROR(

@@ -30,6 +30,7 @@ struct IndexOptions
     int maxIonCount = 0;    ///< most peaks kept of a scan; 0: all
     int largestScan = 0;    ///< points of the largest MS1 scan
     QString cacheDirectory; ///< where indexes are kept between runs; empty: nowhere
+    QString selection;      ///< RunSelection::name() of the source
 };
 
 /// Out of an index of the run's MS1 centroids.

@@ -25,6 +25,7 @@ struct XimOptions
     long long frame = 0;
     std::string mz;
     std::string output;
+    msreader::RunSelection selection;
 };
 
 /// The mobility scans of one frame and the mobility of each.
@@ -109,7 +110,7 @@ Error run(const XimOptions& options, const CommandContext& /*context*/)
     const QString outputPath = QString::fromStdString(options.output);
     ZEL_RETURN_IF_ERROR(io::checkFiles({{path}, {outputPath}}));
     ZEL_ASSIGN_OR_RETURN(const auto output, io::OutputFile::openOrStandardOutput(outputPath));
-    ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
+    ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path, options.selection));
     ZEL_ASSIGN_OR_RETURN(const Frame frame, readFrame(source.get(), options.frame));
     if (frame.scans.isEmpty()) {
         ZEL_RETURN_ERROR(kBadParameterError,
@@ -139,8 +140,9 @@ void addXimCommand(CLI::App& tool, CommandAction& chosen)
         tool.add_subcommand("xim", "Extract an ion mobilogram from one frame");
     command->add_option("file", options->file, "mzML or mzXML file with ion mobility")->required();
     command
-        ->add_option(
-            "--frame", options->frame, "Number of the frame: MS1 frames count 1, 2, 3, ...")
+        ->add_option("--frame",
+                     options->frame,
+                     "Number of the frame: the MS1 frames that are chosen count 1, 2, 3, ...")
         ->required();
     command->add_option("--mz", options->mz, "Range of m/z A-B")
         ->required()
@@ -148,6 +150,7 @@ void addXimCommand(CLI::App& tool, CommandAction& chosen)
     command->add_option("-o,--output",
                         options->output,
                         "Table of the mobilogram (TSV); standard output if not given");
+    addRunSelection(*command, options->selection);
     command->callback([options, &chosen] {
         chosen = [options](const CommandContext& context) { return run(*options, context); };
     });
