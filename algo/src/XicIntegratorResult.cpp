@@ -3,6 +3,7 @@
 #include "common/core_mini/src/algo/EigenUtilities.h"
 #include "common/core_mini/src/algo/ErrorUtils.h"
 #include "common/core_mini/src/algo/numeric/Point2dListUtils.h"
+#include "common/stable/SharedNumbers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,8 +14,6 @@ namespace {
 
 /// The part of their union that two peaks may share.
 constexpr double kMaxOverlap = 0.2;
-/// A union of this size or less has no parts.
-constexpr double kLeastUnion = 1e-12;
 
 /// A straight line through five points takes off noise, but leaves an apex where it is.
 constexpr int kSmoothingWindow = 5;
@@ -29,7 +28,7 @@ bool overlaps(const Interval<double>& a, const Interval<double>& b)
 {
     const double shared = std::max(0.0, std::min(a.end, b.end) - std::max(a.start, b.start));
     const double joined = (b.end - b.start) + (a.end - a.start) - shared;
-    return (std::abs(joined) > kLeastUnion && shared / joined > kMaxOverlap) ||
+    return (std::abs(joined) > kNegligible && shared / joined > kMaxOverlap) ||
            (b.start >= a.start && a.end >= b.end) || (a.start >= b.start && b.end >= a.end);
 }
 

@@ -1,6 +1,7 @@
 #include "common/ms_types/XicWindow.h"
 
 #include "common/stable/PhysicalConstants.h"
+#include "common/stable/SharedNumbers.h"
 
 namespace zel {
 
@@ -17,7 +18,7 @@ XicWindow XicWindowFactory::create(double mass,
                                    int isotope) const
 {
     const double mz = ionMz(mass, charge, isotope);
-    const double mzHalfWidth = mz * mzTolerancePpm * 1e-6;
+    const double mzHalfWidth = mz * mzTolerancePpm * kPartsPerMillion;
     return {mz, mz - mzHalfWidth, mz + mzHalfWidth, (timeStart + timeEnd) / 2, timeStart, timeEnd};
 }
 

@@ -3,6 +3,7 @@
 #include "common/stable/MathUtils.h"
 #include "common/stable/NumberText.h"
 #include "common/stable/PlotStretch_p.h"
+#include "common/stable/SharedNumbers.h"
 
 #include <QDebug>
 #include <QFile>
@@ -294,8 +295,7 @@ double PlotBase::computeAreaNoUnitConversion(double start,
 
 double PlotBase::computeAreaSecondsUnit(double start, double end, ComputeAreaMethod method) const
 {
-    constexpr double secondsPerMinute = 60.0;
-    return computeAreaNoUnitConversion(start, end, true, method) * secondsPerMinute;
+    return computeAreaNoUnitConversion(start, end, true, method) * kSecondsPerMinute;
 }
 
 std::pair<std::optional<QPointF>, std::optional<QPointF>> PlotBase::constantYIntersectionsAroundX(

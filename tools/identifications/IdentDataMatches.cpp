@@ -1,5 +1,6 @@
 #include "common/stable/NumberText.h"
 #include "common/stable/PhysicalConstants.h"
+#include "common/stable/SharedNumbers.h"
 #include "tools/identifications/PepXmlCheck.h"
 #include "tools/identifications/PeptideText.h"
 #include "tools/identifications/SpectrumMatchReaders.h"
@@ -34,7 +35,6 @@ std::optional<double> numberOf(const std::string& value)
 /// A time in minutes, when the file says in which unit it is.
 std::optional<double> minutesOf(const pw::CVParam& param)
 {
-    constexpr double secondsPerMinute = 60.0;
     const bool isTime = param.cvid == cv::MS_scan_start_time ||
                         param.cvid == cv::MS_retention_time ||
                         param.cvid == cv::MS_retention_time_s__OBSOLETE;
@@ -47,7 +47,7 @@ std::optional<double> minutesOf(const pw::CVParam& param)
     }
     const bool isInSeconds =
         param.units == cv::UO_second || param.cvid == cv::MS_retention_time_s__OBSOLETE;
-    return isInSeconds ? std::optional(*value / secondsPerMinute) : std::nullopt;
+    return isInSeconds ? std::optional(*value / kSecondsPerMinute) : std::nullopt;
 }
 
 std::optional<double> minutesOf(const pw::SpectrumIdentificationResult& result,

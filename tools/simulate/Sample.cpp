@@ -1,5 +1,6 @@
 #include "tools/simulate/Sample.h"
 
+#include "common/stable/SharedNumbers.h"
 #include "tools/simulate/RandomStream.h"
 #include "tools/simulate/RetentionDrift.h"
 
@@ -29,7 +30,8 @@ std::vector<ElutingPeptide> elutingPeptides(const SimulationSettings& settings,
                             {RandomStream::Samples, static_cast<std::uint64_t>(sampleIndex), i});
         const bool isMissing = random.uniform() < settings.missingFraction;
         const double amount = std::exp(settings.abundanceSpread * random.boundedNormal());
-        const double jitter = settings.retentionJitterSeconds / 60.0 * random.boundedNormal();
+        const double jitter =
+            settings.retentionJitterSeconds / kSecondsPerMinute * random.boundedNormal();
         if (isMissing) {
             continue;
         }

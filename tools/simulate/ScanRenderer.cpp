@@ -1,5 +1,7 @@
 #include "tools/simulate/ScanRenderer.h"
 
+#include "common/stable/SharedNumbers.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -79,7 +81,7 @@ void ScanRenderer::mergeUnresolved(std::vector<Signal>& signals) const
 
 void ScanRenderer::addPeakNoise(std::vector<Signal>& peaks, RandomStream& random) const
 {
-    const double relativeMzNoise = m_settings.mzNoisePpm * 1e-6;
+    const double relativeMzNoise = m_settings.mzNoisePpm * kPartsPerMillion;
     for (Signal& peak : peaks) {
         if (relativeMzNoise > 0.0) {
             peak.mz *= 1.0 + relativeMzNoise * random.normal();

@@ -2,6 +2,7 @@
 
 #include "chemical_model/ChemicalFactory.h"
 #include "common/stable/PhysicalConstants.h"
+#include "common/stable/SharedNumbers.h"
 #include "tools/simulate/PeptideSampling.h"
 #include "tools/simulate/RandomStream.h"
 
@@ -14,8 +15,6 @@
 namespace zel::simulate {
 
 namespace {
-
-constexpr double kSecondsPerMinute = 60.0;
 
 /// What lies between a limit of the run and the apexes, so that every peak is seen whole.
 struct Margins

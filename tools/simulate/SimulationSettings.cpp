@@ -1,5 +1,7 @@
 #include "tools/simulate/SimulationSettings.h"
 
+#include "common/stable/SharedNumbers.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -106,7 +108,7 @@ Error SimulationSettings::check() const
             {"mobilitySigma", mobilitySigma, std::abs(mobilityStep()), 1e3},
         }));
     }
-    const double frameCount = durationMinutes() * 60.0 / scanIntervalSeconds;
+    const double frameCount = durationMinutes() * kSecondsPerMinute / scanIntervalSeconds;
     ZEL_RETURN_IF_ERROR(checkLimits({
         {"the number of scans", frameCount * std::max(mobilityScanCount, 1), 0, kMaxScanCount},
     }));

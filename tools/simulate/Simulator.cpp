@@ -1,5 +1,6 @@
 #include "tools/simulate/Simulator.h"
 
+#include "common/stable/SharedNumbers.h"
 #include "tools/simulate/RandomStream.h"
 #include "tools/simulate/Sample.h"
 #include "tools/simulate/ScanRenderer.h"
@@ -42,8 +43,9 @@ public:
     Result<QList<InMemoryScan>> build(const QSharedPointer<ProgressBarInterface>& progress)
     {
         constexpr int framesPerStep = 100;
-        const int frameCount = 1 + static_cast<int>(m_settings.durationMinutes() * 60.0 /
-                                                    m_settings.scanIntervalSeconds);
+        const int frameCount =
+            1 + static_cast<int>(m_settings.durationMinutes() * kSecondsPerMinute /
+                                 m_settings.scanIntervalSeconds);
         ProgressContext context((frameCount + framesPerStep - 1) / framesPerStep, progress);
         for (int frame = 0; frame < frameCount; ++frame) {
             addFrame(frame);
@@ -60,8 +62,8 @@ public:
 private:
     void addFrame(int frameIndex)
     {
-        const double minutes =
-            m_settings.startMinutes + frameIndex * m_settings.scanIntervalSeconds / 60.0;
+        const double minutes = m_settings.startMinutes +
+                               frameIndex * m_settings.scanIntervalSeconds / kSecondsPerMinute;
         RandomStream random(m_settings.seed,
                             {RandomStream::Scans, pathStep(m_sampleIndex), pathStep(frameIndex)});
         addPeptides(minutes);

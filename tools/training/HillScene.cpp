@@ -5,6 +5,7 @@
 #include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
 #include "common/core_mini/src/algo/parameters/ImmutableFeatureFinderParameters.h"
 #include "common/stable/PhysicalConstants.h"
+#include "common/stable/SharedNumbers.h"
 #include "tools/simulate/PeptideSampling.h"
 #include "tools/simulate/RandomStream.h"
 
@@ -218,7 +219,7 @@ void SceneBuilder::addHill(SceneHill hill, double ionCount)
         return;
     }
     const double weakness = 1.0 + 4.0 / std::sqrt(std::max(1.0, counted));
-    hill.mz *= 1.0 + 1e-6 * m_scatter.mzPpm * weakness * m_random.boundedNormal();
+    hill.mz *= 1.0 + kPartsPerMillion * m_scatter.mzPpm * weakness * m_random.boundedNormal();
     hill.mz = recordedMz(m_scene.kind, hill.mz);
     hill.column = columnNear(hill.column, m_scatter.columns * std::sqrt(weakness));
     m_scene.hills.push_back(hill);

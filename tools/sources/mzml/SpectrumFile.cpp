@@ -1,5 +1,6 @@
 #include "tools/sources/mzml/SpectrumFile.h"
 
+#include "common/stable/SharedNumbers.h"
 #include "tools/io/InputFile.h"
 #include "tools/sources/mzml/AccessionAdapter.h"
 #include "tools/sources/mzml/Fault.h"
@@ -82,7 +83,7 @@ double minutesOf(const pw::CVParam& time)
         return numberOf(time);
     case cv::UO_second:
     case cv::MS_second_OBSOLETE:
-        return numberOf(time) / 60.0;
+        return numberOf(time) / kSecondsPerMinute;
     case cv::UO_millisecond:
         return numberOf(time) / 60000.0;
     case cv::UO_hour:

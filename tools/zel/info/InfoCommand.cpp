@@ -1,3 +1,4 @@
+#include "common/ms_types/ScanReading.h"
 #include "common/stable/NumberText.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/TsvTable.h"
@@ -91,7 +92,7 @@ Error addMobility(msreader::MsDataSourceInterface* source, RunSummary& summary)
 /// Reads the whole run once, in the form in which it is stored.
 Result<RunSummary> summarize(const QString& path, const CommandContext& context)
 {
-    constexpr qsizetype chunkSize = 250;
+    constexpr qsizetype chunkSize = msreader::kScansPerChunk;
     Error e;
     ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
     ZEL_ASSIGN_OR_RETURN(
@@ -100,8 +101,7 @@ Result<RunSummary> summarize(const QString& path, const CommandContext& context)
                                               math::ClosedMultiInterval<double, 10>::unbounded(),
                                               std::nullopt)));
     RunSummary summary;
-    ProgressContext progress(static_cast<int>((ids.size() + chunkSize - 1) / chunkSize),
-                             context.progress);
+    ProgressContext progress(msreader::chunkCount(ids.size()), context.progress);
     progress.setText(QStringLiteral("Reading %1").arg(path));
     for (qsizetype start = 0; start < ids.size(); start += chunkSize) {
         const QList<MsScanId> chunk = ids.mid(start, chunkSize);

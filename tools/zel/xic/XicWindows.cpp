@@ -1,5 +1,6 @@
 #include "tools/zel/xic/XicWindows.h"
 
+#include "common/stable/SharedNumbers.h"
 #include "tools/io/TsvTable.h"
 
 #include <QHash>
@@ -70,7 +71,7 @@ Error checkColumns(const TsvTable& table, const QString& path)
 
 MzSet mzWindow(double mz, double ppm)
 {
-    const double halfWidth = mz * ppm * 1e-6;
+    const double halfWidth = mz * ppm * kPartsPerMillion;
     return {mz - halfWidth, mz + halfWidth};
 }
 

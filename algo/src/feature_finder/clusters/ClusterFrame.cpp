@@ -2,6 +2,7 @@
 #include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
 #include "common/core_mini/src/algo/numeric/StoredEntries.h"
 #include "common/core_mini/src/algo/parameters/ImmutableFeatureFinderParameters.h"
+#include "common/stable/SharedNumbers.h"
 #include "feature_finder/clusters/ClusterFrame_p.h"
 
 #include <algorithm>
@@ -13,14 +14,12 @@ namespace zel {
 
 namespace {
 
-/// Values of this magnitude and below count as zero.
-constexpr double kZero = 1e-12;
 /// Columns of a matrix of hills behind the one of the last apex.
 constexpr int kSpareColumns = 20;
 
 bool isPoint(double value)
 {
-    return std::abs(value) > kZero;
+    return std::abs(value) > kNegligible;
 }
 
 /// The sum of the columns; sums that count as zero are left out.
@@ -121,7 +120,7 @@ ClusterFrame::ClusterFrame(Eigen::SparseMatrix<double, 0, int>* frameRaw, int ha
              ++entry) {
             const double value = frameRaw->valuePtr()[entry];
             m_mayHoldNegatives = m_mayHoldNegatives || value < 0.0;
-            if (value > kZero) {
+            if (value > kNegligible) {
                 candidates.push_back({value, column, frameRaw->innerIndexPtr()[entry], entry});
             }
         }
@@ -138,7 +137,7 @@ std::optional<ClusterFrame::Point> ClusterFrame::strongestPoint()
             return Point{strongest.row, strongest.column};
         }
         m_candidates.pop();
-        if (value > kZero) {
+        if (value > kNegligible) {
             strongest.value = value;
             m_candidates.push(strongest);
         }

@@ -6,6 +6,7 @@
 #include "common/ms_types/MsDataSourceInterface.h"
 #include "common/stable/Logging.h"
 #include "common/stable/PointList.h"
+#include "common/stable/SharedNumbers.h"
 #include "feature_finder/finders/FeatureFinderParametersAutoSet_p.h"
 #include "feature_finder/frames/FeatureFinderV24DScansHandler.h"
 #include "feature_finder/frames/FrameMatrix_p.h"
@@ -178,7 +179,7 @@ Error FeatureFinderParametersAutoSet::populateScanStatisticsV24D()
             }
         }
         framePoints.removeIf(
-            [](const QPointF& point) { return std::abs(point.y()) <= kZeroIntensity; });
+            [](const QPointF& point) { return std::abs(point.y()) <= kNegligible; });
         m_scanStatistics.insert(frame.key(),
                                 {frame.key(),
                                  static_cast<int>(framePoints.size()),

@@ -8,6 +8,7 @@
 #include "common/stable/MathUtils.h"
 #include "common/stable/MemoryInfo.h"
 #include "common/stable/PointList.h"
+#include "common/stable/SharedNumbers.h"
 #include "feature_finder/finders/FeatureFinderV2_p.h"
 #include "feature_finder/frames/FrameMatrix_p.h"
 
@@ -105,7 +106,7 @@ std::vector<double> valuesOf(const Eigen::SparseMatrix<double>& matrix)
     std::copy_if(matrix.valuePtr(),
                  matrix.valuePtr() + matrix.nonZeros(),
                  std::back_inserter(values),
-                 [](double value) { return std::abs(value) > kZeroIntensity; });
+                 [](double value) { return std::abs(value) > kNegligible; });
     return values;
 }
 

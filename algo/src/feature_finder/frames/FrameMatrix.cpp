@@ -1,4 +1,5 @@
 #include "common/core_mini/src/algo/numeric/StoredEntries.h"
+#include "common/stable/SharedNumbers.h"
 #include "feature_finder/frames/FrameMatrix_p.h"
 
 #include <algorithm>
@@ -14,7 +15,7 @@ void binScan(const QList<QPointF>& points, double binsPerMz, Eigen::Index rowCou
     for (const QPointF& point : points) {
         const double product = static_cast<double>(static_cast<float>(point.x())) * binsPerMz;
         const double intensity = static_cast<float>(point.y());
-        if (!(std::abs(intensity) > kZeroIntensity) || !std::isfinite(intensity) ||
+        if (!(std::abs(intensity) > kNegligible) || !std::isfinite(intensity) ||
             !(product > -1.0 && product < rowEnd)) {
             continue;
         }

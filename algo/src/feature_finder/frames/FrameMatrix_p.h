@@ -14,9 +14,6 @@ namespace zel {
 /// More columns than any instrument records mobility scans; each costs memory, filled or not.
 inline constexpr int kMaxFrameColumnCount = 1000000;
 
-/// Intensities of this magnitude or less count as zero.
-inline constexpr double kZeroIntensity = 1e-12;
-
 /// The column of a mobility scan, `d2HashFactor` of them to a column.
 inline int columnOfD2(int d2, double d2HashFactor)
 {

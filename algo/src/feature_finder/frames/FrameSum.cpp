@@ -1,4 +1,5 @@
 #include "common/stable/MathUtils.h"
+#include "common/stable/SharedNumbers.h"
 #include "feature_finder/frames/FrameMatrix_p.h"
 #include "feature_finder/frames/FrameSum_p.h"
 
@@ -46,7 +47,7 @@ double valueOfRank(std::vector<double> values, std::size_t rank)
 /// The median of the values that are not zero.
 double medianOf(std::vector<double> values)
 {
-    std::erase_if(values, [](double value) { return std::abs(value) <= kZeroIntensity; });
+    std::erase_if(values, [](double value) { return std::abs(value) <= kNegligible; });
     return MathUtils::median(std::move(values));
 }
 
@@ -313,7 +314,7 @@ void FrameSum::strongestCells(double noiseFloor, std::size_t maxCount, Matrix* o
     double limit = strong.size() > maxCount ? valueOfRank(strong, maxCount) : m_census.strongBound;
     // Of both limits the higher one counts: when it is that of the rank, all cells above it exceed
     // the noise too, and when it is that of the noise, no more than wanted are left.
-    if (std::abs(noiseFloor) > kZeroIntensity && !isNoiseBelow(limit, noiseFloor, strong)) {
+    if (std::abs(noiseFloor) > kNegligible && !isNoiseBelow(limit, noiseFloor, strong)) {
         limit = std::max(limit, medianOf(positiveSums()) * noiseFloor);
     }
 

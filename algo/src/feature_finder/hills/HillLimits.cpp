@@ -1,4 +1,5 @@
 #include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
+#include "common/stable/SharedNumbers.h"
 #include "feature_finder/hills/HillLimits_p.h"
 
 #include <algorithm>
@@ -10,8 +11,6 @@ namespace zel {
 
 namespace {
 
-/// Heights of this magnitude or less count as zero.
-constexpr double kZeroTolerance = 1e-12;
 /// A hill ends where the signal rises to more than this part of its apex.
 constexpr double kHigherThanApex = 1.01;
 /// The slope at a place is the sum of the steps from this many places below it to this many above.
@@ -141,7 +140,7 @@ double HillProfile::sum(int first, int last) const
 HillLimits findHillLimits(const HillProfile& profile, int apex, double ratio, int first, int length)
 {
     const double apexHeight = profile.at(apex);
-    if (std::abs(apexHeight) <= kZeroTolerance || length <= 1) {
+    if (std::abs(apexHeight) <= kNegligible || length <= 1) {
         return {0, 0};
     }
     const int last = first + length - 1;
@@ -179,7 +178,7 @@ std::vector<HillD2> climbDown(const QList<EigenUtilities::MatrixApexIndex>& apex
     std::vector<HillD2> hills;
     hills.reserve(static_cast<std::size_t>(to - from));
     for (qsizetype i = from; i < to; ++i) {
-        if (std::abs(apexes[i].value) > kZeroTolerance) {
+        if (std::abs(apexes[i].value) > kNegligible) {
             hills.push_back(hillAt(apexes[i], matrix, rows, settings));
         }
     }

@@ -1,6 +1,7 @@
 #include "ms_feature/finders/MsFeatureFinderSegV2.h"
 
 #include "common/stable/MathUtils.h"
+#include "common/stable/SharedNumbers.h"
 #include "ms_feature/segmentation/SegmentationCurve_p.h"
 #include "ms_feature/segmentation/SegmentationExtremes_p.h"
 #include "ms_feature/segmentation/SegmentationPolicy_p.h"
@@ -13,7 +14,6 @@ namespace zel {
 namespace {
 
 constexpr double kDefaultFilterWidth = 0.2; ///< minutes
-constexpr double kNegligible = 1e-12;       ///< up to here a height or a width counts as none
 
 } // namespace
 

@@ -1,5 +1,7 @@
 #include "ms_feature/records/MsFeatureFinderSettings.h"
 
+#include "common/stable/SharedNumbers.h"
+
 #include <QTextStream>
 
 #include <algorithm>
@@ -12,7 +14,7 @@ MsFeatureFinderSettings::MsFeatureFinderSettings() = default;
 
 double MsFeatureFinderSettings::mzMargin(double mz) const
 {
-    return mz * xicMzTolerancePpm * 1e-6;
+    return mz * xicMzTolerancePpm * kPartsPerMillion;
 }
 
 double MsFeatureFinderSettings::xicTimeWindowToExtract() const

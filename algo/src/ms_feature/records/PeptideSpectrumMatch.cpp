@@ -1,16 +1,13 @@
 #include "ms_feature/records/PeptideSpectrumMatch.h"
 
 #include "common/stable/PhysicalConstants.h"
+#include "common/stable/SharedNumbers.h"
 
 #include <cmath>
 
 namespace zel {
 
-namespace {
-
-constexpr double kSecondsPerMinute = 60.0;
-
-} // namespace
+namespace {} // namespace
 
 PeptideSpectrumMatch::~PeptideSpectrumMatch() = default;
 

@@ -1,3 +1,4 @@
+#include "common/stable/SharedNumbers.h"
 #include "ms_feature/segmentation/MsFeatureFinderStage1.h"
 #include "ms_feature/segmentation/SegmentationFeatures_p.h"
 
@@ -63,7 +64,6 @@ Result<std::vector<Feature>> filterByShare(const std::vector<Feature>& features,
                                            double (Feature::*value)() const,
                                            double ratio)
 {
-    constexpr double negligible = 1e-12;
     if (features.size() == 1) {
         return features;
     }
@@ -74,7 +74,7 @@ Result<std::vector<Feature>> filterByShare(const std::vector<Feature>& features,
     std::vector<Feature> kept;
     std::ranges::copy_if(features, std::back_inserter(kept), [=](const Feature& feature) {
         const double own = (feature.*value)();
-        return std::abs(own) > negligible && own >= greatest * ratio;
+        return std::abs(own) > kNegligible && own >= greatest * ratio;
     });
     if (kept.empty()) {
         ZEL_RETURN_ERROR(

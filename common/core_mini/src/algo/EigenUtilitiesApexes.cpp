@@ -1,5 +1,6 @@
 #include "common/core_mini/src/algo/EigenUtilities.h"
 #include "common/core_mini/src/algo/numeric/StoredEntries.h"
+#include "common/stable/SharedNumbers.h"
 
 #include <algorithm>
 #include <unordered_set>
@@ -9,9 +10,6 @@ namespace zel {
 namespace {
 
 using MatrixApexIndex = EigenUtilities::MatrixApexIndex;
-
-/// Values up to this count as zero.
-constexpr double kZeroTolerance = 1e-12;
 
 /// How a cell stands to its neighbours.
 enum class Standing {
@@ -161,7 +159,7 @@ void findCandidates(const StoredEntries& column, std::vector<std::size_t>& candi
         const bool isAbove = both(column.values[behind] > value, column.indices[behind] == row + 1);
         // Written always and kept or not: no branch to mispredict.
         candidates[count] = i;
-        count += both(value > kZeroTolerance, both(!isBelow, !isAbove)) ? 1 : 0;
+        count += both(value > kNegligible, both(!isBelow, !isAbove)) ? 1 : 0;
     }
     candidates.resize(count);
 }

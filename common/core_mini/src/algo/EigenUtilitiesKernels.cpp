@@ -1,5 +1,6 @@
 #include "common/core_mini/src/algo/EigenUtilities.h"
 #include "common/core_mini/src/algo/numeric/StoredEntries.h"
+#include "common/stable/SharedNumbers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -10,9 +11,6 @@
 namespace zel {
 
 namespace {
-
-/// Values of this magnitude or less count as zero.
-constexpr double kZeroTolerance = 1e-12;
 
 /// Convolves sparse vectors of one length with one kernel, run by run. A run is a stretch of stored
 /// entries so close together that the places which the kernel reaches from them leave no gap. It is
@@ -134,7 +132,7 @@ public:
         m_matrix.innerIndexPtr()[end] = row;
         m_matrix.valuePtr()[end] = value;
         // What is to be dropped is written over by the next one: no branch to mispredict.
-        end += m_pruneZeros && std::abs(value) <= kZeroTolerance ? 0 : 1;
+        end += m_pruneZeros && std::abs(value) <= kNegligible ? 0 : 1;
     }
 
     /// Hands the matrix over, with the room that was not used closed up.

@@ -5,6 +5,7 @@
 #include "common/core_mini/src/algo/isotopes/IsotopeLattice_p.h"
 #include "common/core_mini/src/algo/isotopes/MolCalc.h"
 #include "common/core_mini/src/algo/numeric/FeatureFinderUtilities.h"
+#include "common/stable/SharedNumbers.h"
 
 #include <algorithm>
 #include <cmath>
@@ -38,8 +39,8 @@ constexpr double kGreatestToleranceShare = 0.12;
 
 double toleranceBins(double mz, int charge, int ppmTolerance)
 {
-    const double wanted =
-        std::max(kLeastToleranceBins, ppmTolerance * 1e-6 * mz * kFixed.clusterMzHashFactor);
+    const double wanted = std::max(
+        kLeastToleranceBins, ppmTolerance * kPartsPerMillion * mz * kFixed.clusterMzHashFactor);
     return std::min(wanted, kGreatestToleranceShare * IsotopeLattice::spacingBins(charge));
 }
 

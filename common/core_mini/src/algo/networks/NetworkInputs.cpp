@@ -1,6 +1,7 @@
 #include "common/core_mini/src/algo/isotopes/AveragineIsotopeModel.h"
 #include "common/core_mini/src/algo/isotopes/IsotopeLattice_p.h"
 #include "common/core_mini/src/algo/networks/NetworkInputs_p.h"
+#include "common/stable/SharedNumbers.h"
 
 #include <QJsonArray>
 
@@ -169,9 +170,10 @@ Eigen::VectorXf offsetInputs(const Eigen::SparseVector<double>& slice, double mz
     const StoredEntries entries = storedEntries(slice);
     const double centre = centreOf(entries);
     const double spacing = IsotopeLattice::spacingBins(charge);
-    const double wide = std::clamp(kOffsetWindowPpm * 1e-6 * mz * kFixed.clusterMzHashFactor,
-                                   kOffsetNarrowWindow,
-                                   kGreatestOffsetWindowShare * spacing);
+    const double wide =
+        std::clamp(kOffsetWindowPpm * kPartsPerMillion * mz * kFixed.clusterMzHashFactor,
+                   kOffsetNarrowWindow,
+                   kGreatestOffsetWindowShare * spacing);
     const StepHeights narrowHeights =
         heightsOf(IsotopeLattice(entries, charge, kOffsetNarrowWindow), centre);
     const StepHeights wideHeights = heightsOf(IsotopeLattice(entries, charge, wide), centre);

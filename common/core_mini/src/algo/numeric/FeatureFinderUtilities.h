@@ -2,6 +2,7 @@
 
 #include "common/stable/Error.h"
 #include "common/stable/Export.h"
+#include "common/stable/SharedNumbers.h"
 
 #include <Eigen/SparseCore>
 #include <QList>
@@ -38,7 +39,7 @@ public:
     /// `ppm` parts per million of `value`, in its unit.
     static double calculatePPMTolerance(const double& value, const int& ppm)
     {
-        return value * ppm * 1e-6;
+        return value * ppm * kPartsPerMillion;
     }
 
     /// The greatest y; 0 for an empty list. NaN does not count.
