@@ -18,30 +18,46 @@ constexpr const char* kDeamidationFormula = "N(-1)H(-1)O(1)";
 /// How far a point of the base peak plot may lie outside the span of the XIC, minutes.
 constexpr double kSpanToleranceMinutes = 1.0000000000000002e-6;
 
+/// An ion form: where its isotopes lie and how they share the intensity.
+struct IonForm
+{
+    QList<QPointF> pattern;
+    double mass; ///< neutral monoisotopic, Da
+};
+
+/// The windows in which the isotopes of a form are cut, and how many.
+struct IsotopeQuery
+{
+    int charge;
+    const XicWindowFactory& windowFactory;
+    double mzTolerancePpm;
+    double timeStart; ///< minutes
+    double timeEnd;   ///< minutes
+    int isotope;
+    double cumulativeIntensityLimit;
+
+    XicDimensions windowOf(double mass) const
+    {
+        return windowFactory.create(mass, charge, mzTolerancePpm, timeStart, timeEnd, isotope)
+            .toXicDimensions();
+    }
+};
+
 /// One XIC for each isotope from the first on, until their shares exceed the limit. Appends the
 /// shares to `weights`.
-Result<QList<QList<QPointF>>> getIsotopeXics(const QList<QPointF>& isotopes,
-                                             double mass,
-                                             int charge,
-                                             const XicWindowFactory& windowFactory,
-                                             double mzTolerancePpm,
-                                             double timeStart,
-                                             double timeEnd,
-                                             int isotope,
-                                             double cumulativeIntensityLimit,
+Result<QList<QList<QPointF>>> getIsotopeXics(const IonForm& form,
+                                             const IsotopeQuery& query,
                                              MsDataSourceInterface* source,
                                              QList<double>& weights)
 {
     QList<XicDimensions> dimensions;
     double total = 0.0;
-    for (qsizetype k = 0; k < isotopes.size(); ++k) {
-        total += isotopes[k].y();
-        weights.append(isotopes[k].y());
-        const double isotopeMass = mass + static_cast<double>(k) * kCarbonIsotopeSpacingDa;
-        dimensions.append(
-            windowFactory.create(isotopeMass, charge, mzTolerancePpm, timeStart, timeEnd, isotope)
-                .toXicDimensions());
-        if (total > cumulativeIntensityLimit) {
+    for (qsizetype k = 0; k < form.pattern.size(); ++k) {
+        total += form.pattern[k].y();
+        weights.append(form.pattern[k].y());
+        const double isotopeMass = form.mass + static_cast<double>(k) * kCarbonIsotopeSpacingDa;
+        dimensions.append(query.windowOf(isotopeMass));
+        if (total > query.cumulativeIntensityLimit) {
             break;
         }
     }
@@ -79,13 +95,6 @@ Result<QList<QPointF>> isotopeEnvelope(const chem::Molecule& molecule, int charg
         molecule, charge, &envelope, sumToOne));
     return envelope;
 }
-
-/// An ion form: where its isotopes lie and how they share the intensity.
-struct IonForm
-{
-    QList<QPointF> pattern;
-    double mass;
-};
 
 Result<IonForm> formOf(const chem::Molecule& molecule, int charge)
 {
@@ -137,13 +146,7 @@ Result<QList<QPointF>> subtractWtSignalFromDeamidatedSignal(const chem::Molecule
 /// The folded XIC of any form of one ion.
 struct MultiIsotopeXic::FormXic
 {
-    int charge;
-    const XicWindowFactory& windowFactory;
-    double mzTolerancePpm;
-    double timeStart;
-    double timeEnd;
-    int isotope;
-    double cumulativeIntensityLimit;
+    IsotopeQuery query;
     MsDataSourceInterface* source;
     const XicAggregationType& aggregation;
     const WHMParams& params;
@@ -152,13 +155,13 @@ struct MultiIsotopeXic::FormXic
     {
         return multiIsotopeXic(form.pattern,
                                form.mass,
-                               charge,
-                               windowFactory,
-                               mzTolerancePpm,
-                               timeStart,
-                               timeEnd,
-                               isotope,
-                               cumulativeIntensityLimit,
+                               query.charge,
+                               query.windowFactory,
+                               query.mzTolerancePpm,
+                               query.timeStart,
+                               query.timeEnd,
+                               query.isotope,
+                               query.cumulativeIntensityLimit,
                                source,
                                aggregation,
                                params);
@@ -180,19 +183,16 @@ Result<QList<QPointF>> MultiIsotopeXic::multiIsotopeXic(const QList<QPointF>& is
 {
     Error e;
     ZEL_RETURN_IF_ERROR(ErrorUtils::equal<bool>(source != nullptr, true, Error(kError)));
+    const IsotopeQuery query{charge,
+                             windowFactory,
+                             mzTolerancePpm,
+                             timeStart,
+                             timeEnd,
+                             isotope,
+                             cumulativeIntensityLimit};
     QList<double> weights;
     ZEL_ASSIGN_OR_RETURN(const QList<QList<QPointF>> xics,
-                         getIsotopeXics(isotopes,
-                                        mass,
-                                        charge,
-                                        windowFactory,
-                                        mzTolerancePpm,
-                                        timeStart,
-                                        timeEnd,
-                                        isotope,
-                                        cumulativeIntensityLimit,
-                                        source,
-                                        weights));
+                         getIsotopeXics({isotopes, mass}, query, source, weights));
     ZEL_RETURN_IF_ERROR(checkHaveOneSize(xics));
     const bool hasPoints = !xics.isEmpty() && !xics.constFirst().isEmpty();
     const double low = hasPoints ? xics.constFirst().constFirst().x() : timeStart;
@@ -217,13 +217,13 @@ Result<QList<QPointF>> MultiIsotopeXic::xic(double mass,
                                             const XicAggregationType& aggregation,
                                             bool isDeamidated) const
 {
-    const FormXic cut{charge,
-                      windowFactory,
-                      mzTolerancePpm,
-                      timeStart,
-                      timeEnd,
-                      isotope,
-                      cumulativeIntensityLimit,
+    const FormXic cut{{charge,
+                       windowFactory,
+                       mzTolerancePpm,
+                       timeStart,
+                       timeEnd,
+                       isotope,
+                       cumulativeIntensityLimit},
                       source,
                       aggregation,
                       m_params};
@@ -251,13 +251,13 @@ Result<QList<QPointF>> MultiIsotopeXic::xic(const chem::Molecule& molecule,
                                             const XicAggregationType& aggregation,
                                             bool isDeamidated) const
 {
-    const FormXic cut{charge,
-                      windowFactory,
-                      mzTolerancePpm,
-                      timeStart,
-                      timeEnd,
-                      isotope,
-                      cumulativeIntensityLimit,
+    const FormXic cut{{charge,
+                       windowFactory,
+                       mzTolerancePpm,
+                       timeStart,
+                       timeEnd,
+                       isotope,
+                       cumulativeIntensityLimit},
                       source,
                       aggregation,
                       m_params};

@@ -1,8 +1,9 @@
 #include "MultiIsotopeXicFold_p.h"
 
+#include <boost/math/special_functions/lambert_w.hpp>
+
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <vector>
 
 namespace zel {
@@ -135,28 +136,7 @@ Result<double> weightedHarmonicMean(std::span<const double> values,
 
 double lambertW(double x)
 {
-    constexpr int maxRounds = 10;
-    constexpr double convergence = 4e-16;
-    if (!(x > 0.0)) {
-        return 0.0;
-    }
-    double w = std::log(x);
-    if (x < 1.0) { // the series around the branch point -1/e
-        const double p = std::sqrt(2.0 * (std::numbers::e * x + 1.0));
-        w = ((p * 0.1527777777777778 - 0.3333333333333333) * p + 1.0) * p - 1.0;
-    } else if (x > 3.0) {
-        w -= std::log(w);
-    }
-    for (int round = 0; round < maxRounds; ++round) {
-        const double exponential = std::exp(w);
-        const double f = w * exponential - x;
-        const double step = f / ((w + 1.0) * exponential - (w + 2.0) * 0.5 * f / (w + 1.0));
-        w -= step;
-        if ((std::abs(w) + 1.0) * convergence > std::abs(step)) {
-            return w;
-        }
-    }
-    return 0.0;
+    return x > 0.0 && std::isfinite(x) ? boost::math::lambert_w0(x) : 0.0;
 }
 
 Result<QList<QPointF>> subtract(const QList<QPointF>& a, const QList<QPointF>& b, double f)

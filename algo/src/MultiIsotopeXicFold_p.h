@@ -36,8 +36,7 @@ Result<double> weightedHarmonicMean(std::span<const double> values,
                                     std::span<const double> weights,
                                     double c);
 
-/// The principal branch of w e^w = x for x >= 0 by Halley's iteration (Corless et al. 1996, On the
-/// Lambert W function); 0 for a negative `x`.
+/// The principal branch of w e^w = x for x >= 0; 0 for an `x` that is negative or not finite.
 double lambertW(double x);
 
 /// `a` less the share 1 - f of `b` at each point, not below 0. \return kError unless both have the
