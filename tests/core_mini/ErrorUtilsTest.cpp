@@ -56,6 +56,7 @@ TEST(ErrorUtilsTest, PassesWithoutAFrameOrFailsWithItsOwnOnTop)
          U::aboveThreshold(1000.0, justBelow(1000.0), kExclusive, failure()),
          true},
         {"BelowInclusiveOnBound", U::belowThreshold(3, 3, kInclusive, failure()), true},
+        {"BelowExclusiveInfinity", U::belowThreshold(1.0, HUGE_VAL, kExclusive, failure()), false},
         {"BelowExclusiveOnBound", U::belowThreshold(3, 3, kExclusive, failure()), false},
         {"BelowExclusiveBelow", U::belowThreshold(2, 3, kExclusive, failure()), true},
         {"BelowAbove", U::belowThreshold(4, 3, kInclusive, failure()), false},

@@ -49,9 +49,9 @@ public:
         return passes ? Error(kNoError) : failed(std::move(e), Q_FUNC_INFO, __LINE__);
     }
 
-    /// Passes when `value` lies below `threshold`, or on it with `Inclusive`. For `double`,
-    /// `Exclusive` also fails when the two are nearly equal (MathUtils::nearlyEqual), and
-    /// `Inclusive` fails exactly when `value > threshold`.
+    /// Passes when `value` is below `threshold`, or on it with `Inclusive`, which for `double`
+    /// fails exactly when `value > threshold`. `Exclusive` then also fails when the two are nearly
+    /// equal (MathUtils::nearlyEqual), as an infinity is to every finite number.
     template <typename T>
     static Error belowThreshold(const T& value, const T& threshold, ErrorUtilsParam param, Error e)
     {
