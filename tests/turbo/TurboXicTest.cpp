@@ -293,41 +293,26 @@ TEST(TurboXicTest, ReadsInChunksAndIgnoresCancellation)
 
 TEST(TurboXicTest, AFailedBuildLeavesTheObjectReadyForAnother)
 {
-    QList<double> minutes;
-    for (int i = 0; i < 300; ++i) {
-        minutes.append(i);
-    }
-    const auto source = test::runOf(minutes, {{400.5, 1}});
+    const auto source = test::runOf({1, 2, 3}, {{400.5, 1}});
     TurboXic turbo(kSettings);
     EXPECT_THAT(buildFrom(nullptr, &turbo), HasError(kError));
     EXPECT_THAT(buildFrom(test::sourceOf({}).get(), &turbo), HasError(kError)) << "no scan";
     EXPECT_THAT(buildFrom(test::runOf({1, 2}, {{402.0, 5}}).get(), &turbo), HasError(kError))
         << "no peak below the upper m/z";
-    {
-        SourceProbe probe(source.get());
-        probe.failInfoWith = Error(kFileFormatError, "broken index");
-        EXPECT_THAT(buildFrom(&probe, &turbo), HasError(kFileFormatError, "broken index"));
-    }
-    {
-        SourceProbe probe(source.get());
-        probe.beforeReading = [&probe] {
-            if (probe.chunkSizes.size() == 1) {
-                probe.failDataWith = Error(kFileFormatError, "broken scan");
-            }
-        };
-        EXPECT_THAT(buildFrom(&probe, &turbo), HasError(kFileFormatError, "broken scan"));
-    }
-    {
-        SourceProbe probe(source.get());
-        probe.loseLastSpectrum = true;
-        EXPECT_THAT(buildFrom(&probe, &turbo), HasError(kError));
-        probe.beforeReading = [] { throw std::bad_alloc(); };
-        EXPECT_THAT(buildFrom(&probe, &turbo), HasError(kError, "Not enough memory for the index"));
-    }
+    SourceProbe probe(source.get());
+    probe.beforeReading = [] { throw std::bad_alloc(); };
+    EXPECT_THAT(buildFrom(&probe, &turbo), HasError(kError, "Not enough memory for the index"));
+    probe.beforeReading = nullptr;
+    probe.loseLastSpectrum = true;
+    EXPECT_THAT(buildFrom(&probe, &turbo), HasError(kError));
+    probe.failDataWith = Error(kFileFormatError, "broken scan");
+    EXPECT_THAT(buildFrom(&probe, &turbo), HasError(kFileFormatError, "broken scan"));
+    probe.failInfoWith = Error(kFileFormatError, "broken index");
+    EXPECT_THAT(buildFrom(&probe, &turbo), HasError(kFileFormatError, "broken index"));
     EXPECT_FALSE(turbo.isInitialized());
     EXPECT_THAT(turbo.retrieveXic({kAllMz, kAllTimes}), HasError(kError));
     EXPECT_THAT(buildFrom(source.get(), &turbo), IsOk());
-    EXPECT_EQ(turbo.scanCount(), 300);
+    EXPECT_EQ(turbo.scanCount(), 3);
 }
 
 TEST(TurboXicTest, RefusesSettingsThatHoldNoPeak)
