@@ -40,23 +40,16 @@ const RealLevel kLevels[] = {
     {"multi/orbi_gradient_low_1.mzML.gz", 1, 2035, 106470},
     {"multi/qe_runs_1.mzML.gz", 1, 207, 119629},
     {"multi/qe_runs_1.mzML.gz", 2, 180, 5865},
-    {"multi/qe_metabolite_qc_04.mzML.gz", 2, 381, 9850},
     {"lcms/qe_shewanella.mzXML.gz", 1, 79, 100392},
-    {"lcms/qe_shewanella.mzXML.gz", 2, 922, 42828},
     {"lcms/velos_yeast.mzML.gz", 1, 24, 47169},
-    {"lcms/fusion_ms1_long.mzML.gz", 2, 37, 4773},
-    {"lcms/orbi_gliadin.mzML.gz", 1, 279, 25418},
     {"lcms/orbi_phospho_strip.mzML.gz", 1, 112, 3084},
     {"profile/qe_lipid_profile.mzML.gz", 1, 380, 117992, PeakPickingFilter::Profile},
     {"profile/ltqft_small_profile.mzML.gz", 1, 14, 279869, PeakPickingFilter::Profile},
-    {"profile/ltqft_small_profile.mzML.gz", 2, 34, 25344},
     {"profile/qtof_strip_profile.mzML.gz", 1, 262, 59857, PeakPickingFilter::Profile},
     {"dia/qe_hela_dia_lo.mzML.gz", 2, 156, 47925},
-    {"dia/yeast_dia_tiny.mzXML.gz", 2, 80, 14932},
     {"ims/tims_diapasef_frames.mzML.gz", 1, 1, 205921},
     {"ims/tims_diapasef_frames.mzML.gz", 2, 8, 85532},
     {"ims/driftims_9peptides.mzML.gz", 1, 1, 265064, PeakPickingFilter::Profile},
-    {"ims/tims_lc_short_a.mzML.gz", 1, 42, 150487},
 };
 
 QString dataFolder()

@@ -11,7 +11,6 @@ namespace zel {
 using msreader::InMemoryScan;
 using test::Outcome;
 using test::text;
-using test::zel;
 
 namespace {
 
@@ -45,12 +44,10 @@ QList<InMemoryScan> runWith(const QList<Planted>& peaks)
 class TargetedCommandTest : public test::ZelTool
 {
 protected:
-    QStringList call(const QStringList& runs, const QStringList& more = {}) const
+    /// `zel targeted` with what is there.
+    Outcome targeted(const char* runsAndMore) const
     {
-        return QStringList(text("targeted")) + runs +
-               QStringList{
-                   text("--psms"), path(text("psms.tsv")), text("-o"), path(text("out.tsv"))} +
-               more;
+        return call(text("targeted --psms psms.tsv -o out.tsv ") + text(runsAndMore));
     }
 
     /// The cells of the output, without the header.
@@ -84,25 +81,20 @@ enum Column {
 
 TEST_F(TargetedCommandTest, MeasuresTheFeaturesOfTwoRunsAndAlignsThoseThatDiffer)
 {
-    const QString a = writeRun(text("a.mzML"), runWith({{500.0, 5.0}, {600.0, 7.0}, {600.0, 8.5}}));
-    const QString b = writeRun(text("b.mzML"), runWith({{500.0, 5.4}, {600.0, 7.4}}));
+    writeRun(text("a.mzML"), runWith({{500.0, 5.0}, {600.0, 7.0}, {600.0, 8.5}}));
+    writeRun(text("b.mzML"), runWith({{500.0, 5.4}, {600.0, 7.4}}));
     write(text("psms.tsv"),
           "run\tsequence\tmodifications\tcharge\tmz\trt\n"
           "a\tPEPTIDEK\t\t2\t500\t5.05\na\tPEPTIDEK\t\t2\t500\t4.9\n"
           "b.mzML\tPEPTIDEK\t\t2\t500\t5.3\n"
           "a\tELVISK\tOx/15.9949\t1\t600\t7.01\na\tELVISK\tOx/15.9949\t1\t600\t8.4\n"
           "a\tELVISK\tOx/15.9949\t1\t600\t8.6\nb\tELVISK\tOx/15.9949\t1\t600\t7.5\n");
-    const Outcome outcome = zel(call({a, b}, {text("--diagrams"), path(text("d.html"))}));
+    const Outcome outcome = targeted("a.mzML b.mzML --diagrams d.html");
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
     EXPECT_TRUE(outcome.errors.contains(text("1 ions aligned, 0 left")))
         << outcome.errors.toStdString();
-    EXPECT_EQ(files(),
-              (QStringList{text("a.mzML"),
-                           text("b.mzML"),
-                           text("d.alignment.html"),
-                           text("d.html"),
-                           text("out.tsv"),
-                           text("psms.tsv")}));
+    EXPECT_EQ(files().join(QLatin1Char(' ')),
+              text("a.mzML b.mzML d.alignment.html d.html out.tsv psms.tsv"));
     EXPECT_TRUE(read(text("d.html")).contains("PEPTIDEK - z=2"));
 
     const double area = 60.0 * kHeight * kSigmaMinutes * std::sqrt(2.0 * std::numbers::pi);
@@ -145,11 +137,11 @@ TEST_F(TargetedCommandTest, MeasuresTheFeaturesOfTwoRunsAndAlignsThoseThatDiffer
 
 TEST_F(TargetedCommandTest, NamesAndCountsTheMatchesThatItCannotUse)
 {
-    const QString run = writeRun(text("run.mzML"), runWith({{500.0, 5.0}}));
+    writeRun(text("run.mzML"), runWith({{500.0, 5.0}}));
     const QByteArray head = "run\tsequence\tprotein\tmodifications\tcharge\tmz\trt\n";
     const QByteArray good = "run\tPEPTIDEK\tP1\tDeam/0.984016\t2\t500\t5.05\n";
     write(text("psms.tsv"), head + good);
-    ASSERT_EQ(zel(call({run})).exitCode, 0);
+    ASSERT_EQ(targeted("run.mzML").exitCode, 0);
     const QByteArray clean = read(text("out.tsv"));
 
     write(text("psms.tsv"),
@@ -158,7 +150,7 @@ TEST_F(TargetedCommandTest, NamesAndCountsTheMatchesThatItCannotUse)
               "run\tPEPTIDEK\tP1\tDeam/0.984016\t2\t500\t303\n" +
               "run\tPEPTIDEK\tP2\tDeam/0.984016\t2\t500\t5.05\n" +
               "elsewhere\tPEPTIDEK\tP1\t\t2\t500\t5.05\n");
-    const Outcome outcome = zel(call({run}));
+    const Outcome outcome = targeted("run.mzML");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(read(text("out.tsv")), clean);
     for (const char* const part :
@@ -183,13 +175,9 @@ TEST_F(TargetedCommandTest, TakesTimesFromTheRunWhereMzIdentMlHasNone)
     for (qsizetype i = 152; i < scans.size(); ++i) {
         scans[i].info.scanId = i + 1;
     }
-    const QString run = writeRun(text("run2.mzML"), scans);
-    const Outcome outcome = zel({text("targeted"),
-                                 run,
-                                 text("--psms"),
-                                 text(ZEL_TEST_FILES "/matches.mzid"),
-                                 text("-o"),
-                                 path(text("out.tsv"))});
+    writeRun(text("run2.mzML"), scans);
+    const Outcome outcome =
+        call("targeted run2.mzML -o out.tsv --psms " ZEL_TEST_FILES "/matches.mzid");
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
     ASSERT_EQ(rows().size(), 1);
     EXPECT_EQ(rows()[0][Sequence], "ACDK");
@@ -199,34 +187,29 @@ TEST_F(TargetedCommandTest, TakesTimesFromTheRunWhereMzIdentMlHasNone)
 
 TEST_F(TargetedCommandTest, EndsWithOneClearErrorAndNoFile)
 {
-    const QString run = writeRun(text("run.mzML"), runWith({{500.0, 5.0}}));
+    writeRun(text("run.mzML"), runWith({{500.0, 5.0}}));
     struct BadCall
     {
         QByteArray table;
-        QStringList runs;
-        QStringList more;
+        const char* runsAndMore;
         int exitCode;
         const char* errorPart;
     };
     const QByteArray table = "sequence\tcharge\tmz\trt\nPEPTIDEK\t2\t500\t5\n";
     const BadCall calls[] = {
-        {"sequence\tz\trt\nPEPTIDEK\t2\t5\n", {run}, {}, 1, "needs the column charge"},
-        {"sequence\tcharge\trt\nPEPTIDEK\t2\t303\n", {run}, {}, 1, "no match is left"},
-        {table, {run, run}, {}, 1, "two runs are called run"},
-        {table, {run}, {text("--score"), text("xcorr")}, 1, "needs the column xcorr"},
-        {table, {run}, {text("--diagrams"), path(text("none/d.html"))}, 1, "none/d.html"},
-        {table, {run}, {text("--mode"), text("best")}, 2, "--mode"},
-        {table, {run}, {text("--isotope-selector"), text("3000,1800")}, 2, "ascending"},
-        {table,
-         {run},
-         {text("--mode"), text("fixed"), text("--diagrams"), text("d")},
-         2,
-         "adaptive"},
+        {"sequence\tz\trt\nPEPTIDEK\t2\t5\n", "run.mzML", 1, "needs the column charge"},
+        {"sequence\tcharge\trt\nPEPTIDEK\t2\t303\n", "run.mzML", 1, "no match is left"},
+        {table, "run.mzML run.mzML", 1, "two runs are called run"},
+        {table, "run.mzML --score xcorr", 1, "needs the column xcorr"},
+        {table, "run.mzML --diagrams none/d.html", 1, "none/d.html"},
+        {table, "run.mzML --mode best", 2, "--mode"},
+        {table, "run.mzML --isotope-selector 3000,1800", 2, "ascending"},
+        {table, "run.mzML --mode fixed --diagrams d", 2, "adaptive"},
     };
     for (const BadCall& bad : calls) {
         SCOPED_TRACE(bad.errorPart);
         write(text("psms.tsv"), bad.table);
-        const Outcome outcome = zel(call(bad.runs, bad.more));
+        const Outcome outcome = targeted(bad.runsAndMore);
         EXPECT_EQ(outcome.exitCode, bad.exitCode);
         EXPECT_TRUE(outcome.errors.contains(text(bad.errorPart))) << outcome.errors.toStdString();
         EXPECT_EQ(files(), (QStringList{text("psms.tsv"), text("run.mzML")}));

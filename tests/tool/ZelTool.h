@@ -23,10 +23,11 @@ inline QString text(const char* latin1)
     return QString::fromLatin1(latin1);
 }
 
-/// Runs a program to its end.
-inline Outcome run(const QString& program, const QStringList& arguments)
+/// Runs a program to its end, in this folder if one is named.
+inline Outcome run(const QString& program, const QStringList& arguments, const QString& folder = {})
 {
     QProcess process;
+    process.setWorkingDirectory(folder);
     process.start(program, arguments);
     if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit) {
         return {-1, {}, text("the tool did not end by itself")};
@@ -36,9 +37,9 @@ inline Outcome run(const QString& program, const QStringList& arguments)
             QString::fromUtf8(process.readAllStandardError())};
 }
 
-inline Outcome zel(const QStringList& arguments)
+inline Outcome zel(const QStringList& arguments, const QString& folder = {})
 {
-    return run(text(ZEL_TOOL_PATH), arguments);
+    return run(text(ZEL_TOOL_PATH), arguments, folder);
 }
 
 /// A folder for the files of a test.
@@ -46,6 +47,13 @@ class ZelTool : public ::testing::Test
 {
 protected:
     QString path(const QString& name) const { return m_folder.filePath(name); }
+
+    /// Runs the tool in the folder on the words of a line.
+    Outcome call(const QString& line) const
+    {
+        return zel(line.split(QLatin1Char(' '), Qt::SkipEmptyParts), m_folder.path());
+    }
+    Outcome call(const char* line) const { return call(text(line)); }
 
     QString write(const QString& name, const QByteArray& content) const
     {
