@@ -1,9 +1,9 @@
 #include "feature_finder/records/ChargeFeature.h"
 
+#include "common/stable/JsonText_p.h"
 #include "common/stable/JsonUtils.h"
 #include "common/stable/MathUtils.h"
 #include "common/stable/Stringify.h"
-#include "feature_finder/records/FeatureJson_p.h"
 
 #include <QTextStream>
 

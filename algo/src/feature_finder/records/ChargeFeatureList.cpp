@@ -1,7 +1,7 @@
 #include "feature_finder/records/ChargeFeatureList.h"
 
+#include "common/stable/JsonText_p.h"
 #include "common/stable/JsonUtils.h"
-#include "feature_finder/records/FeatureJson_p.h"
 
 #include <QStringList>
 

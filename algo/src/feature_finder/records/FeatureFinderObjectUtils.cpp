@@ -1,9 +1,9 @@
 #include "feature_finder/records/FeatureFinderObjectUtils.h"
 
+#include "common/stable/JsonText_p.h"
 #include "common/stable/Logging.h"
 #include "feature_finder/records/CsvFile_p.h"
 
-#include <QFile>
 #include <QTextStream>
 
 namespace zel {
@@ -11,17 +11,9 @@ namespace zel {
 void FeatureFinderObjectUtils::writeChargeFeaturesJSONToText(const QString& path,
                                                              const QList<ChargeFeature>& features)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        qCDebug(algoLog) << "provide a valid read-write text file to export ChargeFeature(s)";
-        return;
-    }
-    const QByteArray text = ChargeFeatureList(features).serialize().toUtf8();
-    if (file.write(text) != text.size() || !file.flush()) {
-        qCWarning(algoLog) << "Cannot write JSON file:" << path << file.errorString();
-        return;
-    }
-    qCDebug(algoLog) << "writing JSON output(s) to text complete";
+    writeJsonFile(path,
+                  ChargeFeatureList(features).serialize(),
+                  "provide a valid read-write text file to export ChargeFeature(s)");
 }
 
 Result<ChargeFeatureList> FeatureFinderObjectUtils::readChargeFeatureListJSONFromText(
@@ -33,13 +25,9 @@ Result<ChargeFeatureList> FeatureFinderObjectUtils::readChargeFeatureListJSONFro
         qCDebug(algoLog) << "provided text file is empty";
         return features;
     }
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        qCDebug(algoLog).noquote()
-            << QStringLiteral("provided file is not a readonly text file: %1").arg(path);
-        return features;
+    if (const std::optional<QString> text = readJsonFile(path)) {
+        ZEL_RETURN_IF_ERROR(features.deserialize(*text));
     }
-    ZEL_RETURN_IF_ERROR(features.deserialize(QString::fromUtf8(file.readAll())));
     return features;
 }
 
