@@ -289,7 +289,7 @@ TEST(SimulatorTest, RefusesSettingsThatMakeNoSense)
              s.mobilityScanCount = 10;
              s.mobilitySigma = 0.05;
          }},
-        {"number of scans", [](SimulationSettings& s) { s.endMinutes = 1e6; }},
+        {"scans, more than", [](SimulationSettings& s) { s.endMinutes = 1e6; }},
         {"0.6 min",
          [](SimulationSettings& s) {
              s.endMinutes = 0.6;

@@ -188,15 +188,20 @@ double typicalMobility(double mass, int charge)
     return crossSection * std::sqrt(reducedMass * temperatureK) / (masonSchamp * charge);
 }
 
-Result<std::vector<SimulatedPeptide>> drawPeptides(const SimulationSettings& settings)
+double leastRunMinutes(const SimulationSettings& settings)
 {
     const Margins margins = marginsOf(settings);
-    if (settings.peptideCount > 0 &&
-        !(margins.before + margins.behind < settings.durationMinutes())) {
+    return margins.before + margins.behind;
+}
+
+Result<std::vector<SimulatedPeptide>> drawPeptides(const SimulationSettings& settings)
+{
+    const double leastMinutes = leastRunMinutes(settings);
+    if (settings.peptideCount > 0 && !(leastMinutes < settings.durationMinutes())) {
         ZEL_RETURN_ERROR(kBadParameterError,
                          QStringLiteral("With this peak width, jitter and drift a run of more than "
                                         "%1 min is wanted, but it has %2 min")
-                             .arg(margins.before + margins.behind)
+                             .arg(leastMinutes)
                              .arg(settings.durationMinutes()));
     }
     ZEL_ASSIGN_OR_RETURN(const QStringList sequences, choosePeptides(settings));

@@ -32,6 +32,9 @@ struct SimulatedPeptide
     std::vector<SimulatedIon> ions;    ///< ascending in charge; may be none
 };
 
+/// A run must be longer than this, minutes, or it cannot hold a whole peak in every sample.
+double leastRunMinutes(const SimulationSettings& settings);
+
 /// Draws the peptides of a simulation with their properties.
 /// \return kBadParameterError when the run is too short for a peak and the differences between
 ///         samples, and the failures of choosePeptides

@@ -6,6 +6,7 @@
 #include <QString>
 
 #include <cstdint>
+#include <optional>
 
 namespace zel::simulate {
 
@@ -13,6 +14,13 @@ namespace zel::simulate {
 enum class ResolutionModel {
     Orbitrap,     ///< resolving power falls with the square root of m/z
     TimeOfFlight, ///< resolving power is the same everywhere
+};
+
+/// A setting that makes no sense, and why: "must be at most 3, but is 5".
+struct SettingFault
+{
+    const char* name; ///< of the field
+    QString reason;
 };
 
 /// What a simulated run is made of. The defaults are a run of half an hour on an Orbitrap with 500
@@ -117,10 +125,14 @@ struct SimulationSettings
     /// The same run without any noise or background, and without an intensity limit.
     SimulationSettings withoutNoise() const;
 
-    /// \return kBadParameterError naming the first setting that makes no sense
+    /// The first setting that lies outside its limits or contradicts another one.
+    std::optional<SettingFault> firstFault() const;
+    /// \return kBadParameterError naming that setting
     Error check() const;
 
     double durationMinutes() const { return endMinutes - startMinutes; }
+    /// The greatest `driftMinutes` of a run of this length.
+    double maxDriftMinutes() const;
     double mobilityStep() const;
 };
 
