@@ -244,6 +244,15 @@ TEST_F(FeaturesToolTest, CountsMs1ScansHoweverTheFileNumbersThem)
     }
 }
 
+TEST_F(FeaturesToolTest, RefusesColumnsOfHalfAMobilityScan)
+{
+    const QString run = writeRun(text("run.mzML"), peptideFrames(0).mid(0, 240));
+    const Outcome outcome = features(run, text("a"), {text("--d2-hash-factor"), text("1.5")});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(outcome.errors.contains(text("must be a whole number")))
+        << outcome.errors.toStdString();
+}
+
 TEST_F(FeaturesToolTest, TellsNoMobilityThatWasNotLookedAt)
 {
     const QString run = writeRun(text("run.mzML"), peptideFrames(0));
@@ -337,7 +346,7 @@ TEST_F(FeaturesToolTest, TakesPresetsAndSettings)
     EXPECT_EQ(count({text("--min-hill-length-d1"), text("60")}), 0);
     EXPECT_EQ(count({text("--convert-d1-to-retention-time"), text("false")}), 1);
     EXPECT_EQ(rows(text("a/run.features.tsv"))[0][5].toDouble(), 1.0); // minutes all the same
-    const QString help = zel({text("features"), text("--help")}).output;
+    const QString help = zel({text("features"), text("--help")}).output.simplified();
     EXPECT_TRUE(help.contains(text("10; qtof 15, tims 15"))) << help.toStdString();
 }
 

@@ -60,7 +60,7 @@ constexpr Setting<Record> kSettings[] = {
      .readBy = kEveryRun},
     {ZEL_SETTING(isomerDistance),
      .group = kPeptides,
-     .meaning = "How much later an isomer of each peptide elutes; 0: none does",
+     .meaning = "How much later an isomer of each peptide elutes (0: none does)",
      .unit = "widths at half height",
      .limits = {0, 100},
      .readBy = kEveryRun,

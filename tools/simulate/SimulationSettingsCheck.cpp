@@ -1,5 +1,5 @@
-#include "tools/simulate/SimulationSettingTable.h"
 #include "common/stable/SharedNumbers.h"
+#include "tools/simulate/SimulationSettingTable.h"
 #include "tools/simulate/SimulationSettings.h"
 
 #include <algorithm>
@@ -62,8 +62,8 @@ std::optional<SettingFault> SimulationSettings::firstFault() const
             return mobilityFault;
         }
     }
-    const double scanCount =
-        durationMinutes() * kSecondsPerMinute / scanIntervalSeconds * std::max(mobilityScanCount, 1);
+    const double scanCount = durationMinutes() * kSecondsPerMinute / scanIntervalSeconds *
+                             std::max(mobilityScanCount, 1);
     if (scanCount > kMaxScanCount) {
         return SettingFault{
             "scanIntervalSeconds",

@@ -1,5 +1,6 @@
 #include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/ConsoleProgress.h"
+#include "tools/zel/cli/ToolOptions.h"
 
 #include <CLI/CLI.hpp>
 #include <QCoreApplication>
@@ -7,7 +8,6 @@
 
 #include <cerrno>
 #include <clocale>
-#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -102,21 +102,6 @@ int exitCode(const Error& error, bool verbose)
     return kFailureExit;
 }
 
-/// Refuses numbers that are not finite, which pass every check of a range.
-void checkNumbers(const CLI::App& command)
-{
-    for (const CLI::Option* const option : command.get_options()) {
-        if (option->get_type_name().find("FLOAT") == std::string::npos) {
-            continue;
-        }
-        for (const std::string& text : option->results()) {
-            if (!std::isfinite(std::strtod(text.c_str(), nullptr))) {
-                throw CLI::ValidationError(option->get_name(), text + " is not a finite number");
-            }
-        }
-    }
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -127,31 +112,37 @@ int main(int argc, char** argv)
 
     CLI::App tool("Algorithms for LC-MS and ion-mobility LC-MS proteomics on mzML and mzXML files.",
                   "zel");
-    bool verbose = false;
-    tool.add_flag("--verbose", verbose, "Show the library's log, and all frames of an error");
-    tool.require_subcommand(1);
-    tool.fallthrough();
+    tool.footer("zel COMMAND --help shows what a command does and takes.");
+    tool::ToolOptions options;
+    tool::addToolOptions(tool, options);
     tool::CommandAction chosen;
     tool::addFeaturesCommand(tool, chosen);
     tool::addInfoCommand(tool, chosen);
+    tool::addManualCommand(tool, chosen);
     tool::addSimulateCommand(tool, chosen);
     tool::addTargetedCommand(tool, chosen);
     tool::addXicCommand(tool, chosen);
     tool::addXimCommand(tool, chosen);
     try {
-        tool.parse(argc, argv);
-        for (const CLI::App* const command : tool.get_subcommands()) {
-            checkNumbers(*command);
-        }
+        tool::parseArguments(tool, argc, argv);
+    } catch (const CLI::Success& answer) { // help or version
+        tool.exit(answer);
+        return exitCode(flushStandardOutput(), options.verbose);
     } catch (const CLI::ParseError& problem) {
-        return tool.exit(problem) == 0 ? exitCode(flushStandardOutput(), verbose) : kUsageExit;
+        std::cerr << "zel: " << tool::usageError(tool, problem) << '\n';
+        return kUsageExit;
     }
-
-    if (!verbose) {
+    if (!options.writeConfig.empty()) {
+        return exitCode(tool::writeConfiguration(tool, options), options.verbose);
+    }
+    if (options.threads > 0) {
+        tool::limitThreads(options.threads);
+    }
+    if (!options.verbose) {
         QLoggingCategory::setFilterRules(QStringLiteral("zel.*.debug=false"));
     }
     const auto progress = QSharedPointer<tool::ConsoleProgress>::create();
     const Error e = runCommand(chosen, {progress});
     progress->finish();
-    return exitCode(e.hasError() ? e : flushStandardOutput(), verbose);
+    return exitCode(e.hasError() ? e : flushStandardOutput(), options.verbose);
 }

@@ -2,6 +2,7 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
 #include <optional>
 
 namespace zel::tool {
@@ -35,10 +36,89 @@ CLI::Validator rangeValidator(const std::string& what)
                            ? std::string()
                            : "the range of " + what + ' ' + text + " ends before it starts";
             },
-            "A-B"};
+            ""};
+}
+
+/// Accepts what settingFromText accepts. \param description  what that is, for help
+CLI::Validator isSetting(const SettingValue& like,
+                         const SettingLimits& limits,
+                         const std::string& description)
+{
+    return {[like, limits](std::string& text) -> std::string {
+                const auto value = settingFromText(QString::fromStdString(text), like, limits);
+                return value.isOk() ? std::string() : value.error().message().toStdString();
+            },
+            description};
+}
+
+std::string namesText(const std::vector<std::string>& choices)
+{
+    return '{' + CLI::detail::join(choices, ",") + '}';
+}
+
+/// What stands for the value in help; for choices their names.
+std::string valueText(const SettingValue& like, const SettingLimits& limits)
+{
+    if (!limits.choices.empty()) {
+        std::vector<std::string> names;
+        for (const SettingChoice& choice : limits.choices) {
+            names.emplace_back(choice.name);
+        }
+        return namesText(names);
+    }
+    return std::holds_alternative<bool>(like)            ? "{true,false}"
+           : std::holds_alternative<double>(like)        ? "NUMBER"
+           : std::holds_alternative<QString>(like)       ? "FILE"
+           : std::holds_alternative<QList<double>>(like) ? "NUMBER,..."
+                                                         : "N";
 }
 
 } // namespace
+
+CLI::Validator isNumber(const SettingLimits& limits)
+{
+    return isSetting(0.0, limits, settingRangeText(limits).toStdString());
+}
+
+CLI::Validator isWholeNumber(int lowest, int highest)
+{
+    const SettingLimits limits = {double(lowest), double(highest)};
+    return isSetting(0, limits, settingRangeText(limits).toStdString());
+}
+
+CLI::Validator isTruth()
+{
+    return isSetting(true, {}, "{true,false}");
+}
+
+CLI::Validator isOneOf(const std::vector<std::string>& choices)
+{
+    return {[choices](std::string& text) -> std::string {
+                return std::ranges::find(choices, text) != choices.end()
+                           ? std::string()
+                           : "expected one of " + CLI::detail::join(choices, ", ") +
+                                 ", but found \"" + text + '"';
+            },
+            namesText(choices)};
+}
+
+CLI::Option* addSettingOption(CLI::App& command,
+                              const OptionText& text,
+                              const SettingValue& like,
+                              const SettingLimits& limits)
+{
+    const auto keepText = [](const CLI::results_t&) { return true; };
+    CLI::Option* const option =
+        command.add_option(text.names, CLI::callback_t(keepText), text.meaning)
+            ->type_name(valueText(like, limits))
+            ->check(isSetting(like, limits, settingRangeText(limits).toStdString()));
+    if (std::holds_alternative<QList<double>>(like)) {
+        option->expected(1, CLI::detail::expected_max_vector_size)
+            ->allow_extra_args(false)
+            ->delimiter(',');
+    }
+    return option;
+}
 
 CLI::Validator timeRangeValidator()
 {

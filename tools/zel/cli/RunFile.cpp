@@ -49,11 +49,14 @@ void addRunSelection(CLI::App& command, RunSelection& selection)
                 selection.polarity = text == "positive" ? Polarity::Positive : Polarity::Negative;
             },
             "Take the scans of this polarity only; needed where a run has both")
-        ->check(CLI::IsMember({"positive", "negative"}));
-    command.add_option("--faims",
-                       selection.compensationVoltage,
-                       "Take the scans of this FAIMS compensation voltage only, V; needed where a "
-                       "run has several");
+        ->check(isOneOf({"positive", "negative"}));
+    command
+        .add_option("--faims",
+                    selection.compensationVoltage,
+                    "Take the scans of this FAIMS compensation voltage only, V; needed where a "
+                    "run has several")
+        ->type_name("NUMBER")
+        ->check(isNumber());
 }
 
 void addIsolationSelection(CLI::App& command, RunSelection& selection)
@@ -63,7 +66,8 @@ void addIsolationSelection(CLI::App& command, RunSelection& selection)
                     selection.isolationMz,
                     "Take the fragment scans of the isolation window around this m/z only; needed "
                     "where the level has several windows")
-        ->check(CLI::PositiveNumber);
+        ->type_name("NUMBER")
+        ->check(isNumber({.lowest = SettingLimits::kAboveZero}));
 }
 
 Result<RunFile> openRun(const QString& path, const RunSelection& selection)

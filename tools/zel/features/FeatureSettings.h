@@ -1,15 +1,11 @@
 #pragma once
 
-#include "common/core_mini/src/algo/parameters/SettableFeatureFinderParameters.h"
+#include "common/core_mini/src/algo/parameters/FeatureFinderSettingTable.h"
+#include "tools/zel/cli/SettingOptions.h"
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 namespace zel::tool {
 
@@ -31,36 +27,16 @@ public:
     SettableFeatureFinderParameters forRun(bool hasMobility,
                                            std::optional<double> peakWidthMz) const;
 
-private:
-    template <typename T, typename Check>
-    void add(CLI::App& command,
-             const std::string& name,
-             T SettableFeatureFinderParameters::*field,
-             const std::string& meaning,
-             Check check);
-    template <typename Access, typename Check>
-    void addField(CLI::App& command,
-                  const std::string& name,
-                  Access access,
-                  const std::string& meaning,
-                  Check check);
-    void addAcceptance(CLI::App& command);
-    void addReading(CLI::App& command);
-    void addMatrices(CLI::App& command);
-    void addHills(CLI::App& command);
-    template <typename Group>
-    auto memberAdder(CLI::App& command,
-                     Group SettableFeatureFinderParameters::*group,
-                     const std::string& note = {});
-    void addPeakSplitter(CLI::App& command);
-    void addPeakLimits(CLI::App& command);
+    /// The options that were given although a run with these settings does not read them.
+    std::vector<std::string> givenButUnread(const SettableFeatureFinderParameters& params,
+                                            bool isAutoSet) const;
 
+    /// The presets that `--preset` knows beside the default one.
+    static std::vector<SettingPreset<SettableFeatureFinderParameters>> presets();
+
+private:
     std::string m_preset = "auto";
-    std::string m_networkFile;
-    std::optional<int> m_version;
-    SettableFeatureFinderParameters m_given;
-    /// Copies one field of m_given if its option was given.
-    std::vector<std::function<void(SettableFeatureFinderParameters&)>> m_copyIfGiven;
+    SettingOptions<SettableFeatureFinderParameters> m_options;
 };
 
 } // namespace zel::tool

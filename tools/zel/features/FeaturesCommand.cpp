@@ -20,6 +20,7 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -130,6 +131,17 @@ Error checkSettings(const FeaturesOptions& options,
                          QStringLiteral("--d2-hash-factor must be at least 1 for version 1, where "
                                         "it counts MS1 scans, but is %1")
                              .arg(params.d2HashFactor));
+    }
+    if (params.featureFinderVersion == 2 &&
+        params.d2HashFactor != std::trunc(params.d2HashFactor)) {
+        // The finder turns columns into mobility scans by the whole part of the factor.
+        ZEL_RETURN_ERROR(kBadParameterError,
+                         QStringLiteral("--d2-hash-factor must be a whole number for version 2, "
+                                        "but is %1")
+                             .arg(params.d2HashFactor));
+    }
+    for (const std::string& option : options.settings.givenButUnread(params, options.autoSet)) {
+        std::cerr << "zel: " << option << " is not read on " << path.toStdString() << '\n';
     }
     if (options.autoSet && params.featureFinderVersion != 2) {
         std::cerr << "zel: --auto is of no effect on " << path.toStdString()
@@ -338,12 +350,14 @@ void addFeaturesCommand(CLI::App& tool, CommandAction& chosen)
     CLI::App* const command =
         tool.add_subcommand("features", "Find the isotope clusters of all peptides in runs");
     command->add_option("files", options->files, "mzML or mzXML files, plain or gzip-compressed")
-        ->required();
+        ->required()
+        ->type_name("FILE");
     command
         ->add_option("-o,--output",
                      options->outputDir,
                      "Folder for RUN.ftrs (SQLite); made if it is not there")
-        ->required();
+        ->required()
+        ->type_name("FOLDER");
     command->add_flag("--tsv",
                       options->tsv,
                       "Write RUN.features.tsv too: a row for each charge state of a compound");

@@ -238,7 +238,8 @@ void addInfoCommand(CLI::App& tool, CommandAction& chosen)
     CLI::App* const command =
         tool.add_subcommand("info", "Tell what runs hold: spectra, peaks, ranges by MS level");
     command->add_option("files", options->files, "mzML or mzXML files, plain or gzip-compressed")
-        ->required();
+        ->required()
+        ->type_name("FILE");
     command->add_flag(
         "--tsv", options->tsv, "Print a table, one row per MS level, instead of text");
     command->callback([options, &chosen] {

@@ -1,11 +1,15 @@
 #include "tools/io/FileCheck.h"
+#include "tools/simulate/SimulatedPeptide.h"
+#include "tools/simulate/SimulationSettingTable.h"
 #include "tools/simulate/Simulator.h"
 #include "tools/sources/mzml/MzmlWriter.h"
 #include "tools/zel/cli/Command.h"
+#include "tools/zel/cli/SettingOptions.h"
 
-#include <CLI/CLI.hpp>
 #include <QFileInfo>
 
+#include <algorithm>
+#include <cmath>
 #include <iostream>
 #include <memory>
 
@@ -18,8 +22,7 @@ namespace {
 
 struct SimulateOptions
 {
-    SimulationSettings settings;
-    std::string fasta;
+    SettingOptions<SimulationSettings> settings;
     std::string output;
     std::string truth;
     std::string windows;
@@ -50,11 +53,54 @@ QString defaultTruthPath(const QString& path)
     return info.path() + QLatin1Char('/') + info.completeBaseName() + QStringLiteral(".truth.tsv");
 }
 
+/// Makes the peaks of a run that is too short for the default ones so narrow that more than a third
+/// of it is left for their apexes, but no narrower than the scans can follow.
+void narrowPeaks(const SettingOptions<SimulationSettings>& given, SimulationSettings* settings)
+{
+    constexpr double peakShare = 0.6;
+    const double ofDrift = 2.0 * settings->driftMinutes;
+    const double ofPeaks = simulate::leastRunMinutes(*settings) - ofDrift;
+    const double wanted = peakShare * settings->durationMinutes() - ofDrift;
+    const double factor =
+        std::max(wanted / ofPeaks, settings->scanIntervalSeconds / settings->peakSigmaSeconds);
+    if (factor >= 1.0) {
+        return;
+    }
+    for (const auto& [name, field] :
+         {std::pair("peakSigmaSeconds", &SimulationSettings::peakSigmaSeconds),
+          {"peakTailSeconds", &SimulationSettings::peakTailSeconds},
+          {"retentionJitterSeconds", &SimulationSettings::retentionJitterSeconds}}) {
+        if (!given.isGiven(name)) {
+            settings->*field =
+                std::floor(settings->*field * factor * 100.0) / 100.0; // to read well
+        }
+    }
+}
+
+/// What was given, with defaults that suit it: a short run drifts less and has narrower peaks, and
+/// a mobility peak is no narrower than the step between two scans.
+SimulationSettings fittedSettings(const SimulateOptions& options)
+{
+    SimulationSettings settings;
+    options.settings.copyGiven(&settings);
+    if (!options.settings.isGiven("driftMinutes")) {
+        settings.driftMinutes = std::min(settings.driftMinutes, settings.maxDriftMinutes());
+    }
+    if (settings.peptideCount > 0 &&
+        simulate::leastRunMinutes(settings) >= settings.durationMinutes()) {
+        narrowPeaks(options.settings, &settings);
+    }
+    if (!options.settings.isGiven("mobilitySigma")) {
+        settings.mobilitySigma =
+            std::max(settings.mobilitySigma, std::ceil(settings.mobilityStep() * 1e4) / 1e4);
+    }
+    return settings;
+}
+
 SimulationSettings settingsOf(const SimulateOptions& options)
 {
-    SimulationSettings settings =
-        options.noNoise ? options.settings.withoutNoise() : options.settings;
-    settings.fastaPath = QString::fromStdString(options.fasta);
+    const SimulationSettings fitted = fittedSettings(options);
+    SimulationSettings settings = options.noNoise ? fitted.withoutNoise() : fitted;
     settings.scanKind = options.profile ? msreader::PeakPickingFilter::Profile
                                         : msreader::PeakPickingFilter::Centroid;
     settings.resolutionModel = options.timeOfFlight ? simulate::ResolutionModel::TimeOfFlight
@@ -63,32 +109,61 @@ SimulationSettings settingsOf(const SimulateOptions& options)
 }
 
 io::CommandFiles filesOf(const SimulateOptions& options,
+                         const SimulationSettings& settings,
                          const QString& output,
                          const QString& truthPath)
 {
     io::CommandFiles files = {{}, {truthPath}};
-    if (!options.fasta.empty()) {
-        files.inputs.append(QString::fromStdString(options.fasta));
+    if (!settings.fastaPath.isEmpty()) {
+        files.inputs.append(settings.fastaPath);
     }
     for (const std::string& path : {options.windows, options.matches}) {
         if (!path.empty()) {
             files.outputs.append(QString::fromStdString(path));
         }
     }
-    const int sampleCount = options.settings.sampleCount;
-    for (int sample = 0; sample < sampleCount; ++sample) {
-        files.outputs.append(runPath(output, sample, sampleCount));
+    for (int sample = 0; sample < settings.sampleCount; ++sample) {
+        files.outputs.append(runPath(output, sample, settings.sampleCount));
     }
     return files;
+}
+
+/// "--drift becomes 0.3" for each default that fittedSettings has changed.
+std::vector<std::string> adaptedDefaults(const SimulateOptions& options)
+{
+    const SimulationSettings settings = fittedSettings(options);
+    std::vector<std::string> texts;
+    for (const auto& setting : simulate::simulationSettings().settings) {
+        const CLI::Option* const option = options.settings.option(setting.name);
+        const SettingValue value = settingValue(setting, settings);
+        if (option != nullptr && option->count() == 0 &&
+            value != settingValue(setting, SimulationSettings())) {
+            texts.push_back(option->get_name() + " becomes " + settingText(value).toStdString());
+        }
+    }
+    return texts;
+}
+
+/// Refuses settings that contradict each other, naming options.
+void checkTogether(const SimulateOptions& options)
+{
+    const SimulationSettings settings = settingsOf(options);
+    if (const auto fault = settings.firstFault()) {
+        const CLI::Option* const option = options.settings.option(fault->name);
+        throw CLI::ValidationError((option != nullptr ? option->get_name() : fault->name) + ' ' +
+                                   fault->reason.toStdString());
+    }
+    if (settings.mobilityScanCount > 0 && settings.firstMobility >= settings.lastMobility) {
+        throw CLI::ValidationError("--mobility-end must be above --mobility-start");
+    }
 }
 
 Error run(const SimulateOptions& options, const CommandContext& context)
 {
     Error e;
     const SimulationSettings settings = settingsOf(options);
-    if (settings.mobilityScanCount > 0 && settings.firstMobility >= settings.lastMobility) {
-        ZEL_RETURN_ERROR(kBadParameterError,
-                         QStringLiteral("The mobility must rise from the first scan to the last"));
+    for (const std::string& text : adaptedDefaults(options)) {
+        std::cerr << "zel: to suit the run, " << text << '\n';
     }
     const QString output = QString::fromStdString(options.output);
     msreader::MzmlWriterOptions writer;
@@ -96,7 +171,7 @@ Error run(const SimulateOptions& options, const CommandContext& context)
                                                : msreader::MzmlWriterOptions::Frames::Combined;
     const QString truthPath =
         options.truth.empty() ? defaultTruthPath(output) : QString::fromStdString(options.truth);
-    ZEL_RETURN_IF_ERROR(io::checkFiles(filesOf(options, output, truthPath)));
+    ZEL_RETURN_IF_ERROR(io::checkFiles(filesOf(options, settings, output, truthPath)));
     context.progress->setText(QStringLiteral("Simulating"));
     QList<simulate::TrueIon> truth;
     QStringList runs;
@@ -122,116 +197,36 @@ Error run(const SimulateOptions& options, const CommandContext& context)
     return e;
 }
 
-void addPeptideOptions(CLI::App& command, SimulateOptions& options)
+void addOutputs(CLI::App& command, SimulateOptions& options)
 {
-    SimulationSettings& settings = options.settings;
-    command.add_option("--seed", settings.seed, "Equal seeds and settings give equal runs")
-        ->capture_default_str();
     command
-        .add_option("--samples",
-                    settings.sampleCount,
-                    "Runs of the same peptides, with drift and gaps between them")
-        ->capture_default_str()
-        ->check(CLI::Range(1, 1000));
-    command.add_option(
-        "--fasta", options.fasta, "Proteins to digest; random tryptic peptides if not given");
-    command.add_option("--peptides", settings.peptideCount, "Number of peptides")
-        ->capture_default_str();
+        .add_option("-o,--output",
+                    options.output,
+                    "Run to write (mzML); with several samples NAME_1.mzML, ...")
+        ->required()
+        ->type_name("FILE");
     command
-        .add_option("--isomers-apart",
-                    settings.isomerDistance,
-                    "How much later an isomer of each peptide elutes, in widths at half height; "
-                    "0: none does")
-        ->capture_default_str();
-    command.add_option("--max-charge", settings.maxCharge, "Highest charge")->capture_default_str();
+        .add_option("--truth",
+                    options.truth,
+                    "Table of what the runs hold (TSV); NAME.truth.tsv if not given")
+        ->type_name("FILE");
     command
-        .add_option(
-            "--intensity", settings.medianApexIntensity, "Median apex intensity of a peptide")
-        ->capture_default_str();
-}
-
-void addRunOptions(CLI::App& command, SimulateOptions& options)
-{
-    SimulationSettings& settings = options.settings;
-    command.add_option("--minutes", settings.endMinutes, "Length of the run, minutes")
-        ->capture_default_str();
+        .add_option("--windows-out",
+                    options.windows,
+                    "Table of windows around the ions, the strongest first, for xic --windows")
+        ->type_name("FILE");
     command
-        .add_option(
-            "--scan-interval", settings.scanIntervalSeconds, "Time between MS1 scans, seconds")
-        ->capture_default_str();
-    command
-        .add_option("--peak-sigma",
-                    settings.peakSigmaSeconds,
-                    "Standard deviation of a median peak without its tail, seconds")
-        ->capture_default_str();
-    command
-        .add_option("--peak-tail", settings.peakTailSeconds, "Time constant of its tail, seconds")
-        ->capture_default_str();
-    command
-        .add_option(
-            "--drift", settings.driftMinutes, "Greatest retention shift between samples, minutes")
-        ->capture_default_str();
-}
-
-void addMobilityOptions(CLI::App& command, SimulateOptions& options)
-{
-    SimulationSettings& settings = options.settings;
-    command
-        .add_option("--mobility-scans",
-                    settings.mobilityScanCount,
-                    "Mobility scans of a frame; 0: no mobility")
-        ->capture_default_str();
-    command
-        .add_option(
-            "--mobility-start", settings.firstMobility, "Mobility of the first, 1/K0, V s/cm2")
-        ->capture_default_str();
-    command.add_option("--mobility-end", settings.lastMobility, "Mobility of the last, above that")
-        ->capture_default_str();
-    command
-        .add_option("--mobility-sigma",
-                    settings.mobilitySigma,
-                    "Standard deviation of a mobility peak, at least the step between two scans")
-        ->capture_default_str();
+        .add_option("--psms-out",
+                    options.matches,
+                    "Table of spectrum matches, one at the apex of each ion, for targeted --psms")
+        ->type_name("FILE");
     command.add_flag("--mobility-scans-apart",
                      options.mobilityScansApart,
                      "Write one spectrum for each mobility scan, not one for each frame");
-}
-
-void addInstrumentOptions(CLI::App& command, SimulateOptions& options)
-{
-    SimulationSettings& settings = options.settings;
     command.add_flag("--profile", options.profile, "Write profile spectra instead of centroids");
-    command.add_option("--resolving-power", settings.resolvingPower, "Resolving power at m/z 200")
-        ->capture_default_str();
     command.add_flag("--time-of-flight",
                      options.timeOfFlight,
                      "Resolving power is the same at all m/z; else it falls as of an Orbitrap");
-    command
-        .add_option("--min-intensity", settings.minIntensity, "Lowest intensity that is recorded")
-        ->capture_default_str();
-}
-
-void addNoiseOptions(CLI::App& command, SimulateOptions& options)
-{
-    SimulationSettings& settings = options.settings;
-    command
-        .add_option("--mz-noise", settings.mzNoisePpm, "Standard deviation of m/z in a scan, ppm")
-        ->capture_default_str();
-    command
-        .add_option("--background", settings.backgroundIonCount, "Ions that are there all the time")
-        ->capture_default_str();
-    command
-        .add_option("--background-intensity",
-                    settings.backgroundIonIntensity,
-                    "Their median intensity in a scan or frame")
-        ->capture_default_str();
-    command
-        .add_option("--stray-peaks",
-                    settings.strayPeakCount,
-                    "Mean number of stray peaks of a scan or frame")
-        ->capture_default_str();
-    command.add_option("--stray-intensity", settings.strayPeakIntensity, "Their mean intensity")
-        ->capture_default_str();
     command.add_flag("--no-noise", options.noNoise, "Leave out all noise and background");
 }
 
@@ -242,27 +237,10 @@ void addSimulateCommand(CLI::App& tool, CommandAction& chosen)
     auto options = std::make_shared<SimulateOptions>();
     CLI::App* const command =
         tool.add_subcommand("simulate", "Make LC-MS runs of which everything is known");
-    command
-        ->add_option("-o,--output",
-                     options->output,
-                     "Run to write (mzML); with several samples NAME_1.mzML, ...")
-        ->required();
-    command->add_option("--truth",
-                        options->truth,
-                        "Table of what the runs hold (TSV); NAME.truth.tsv if not given");
-    command->add_option("--windows-out",
-                        options->windows,
-                        "Table of windows around the ions, the strongest first, for xic --windows");
-    command->add_option(
-        "--psms-out",
-        options->matches,
-        "Table of spectrum matches, one at the apex of each ion, for targeted --psms");
-    addPeptideOptions(*command, *options);
-    addRunOptions(*command, *options);
-    addMobilityOptions(*command, *options);
-    addInstrumentOptions(*command, *options);
-    addNoiseOptions(*command, *options);
+    addOutputs(*command, *options);
+    options->settings.addTo(*command, simulate::simulationSettings(), ~SettingReaders(0));
     command->callback([options, &chosen] {
+        checkTogether(*options);
         chosen = [options](const CommandContext& context) { return run(*options, context); };
     });
 }

@@ -33,7 +33,8 @@ QStringList texts(const std::vector<std::string>& values)
 
 bool isAligned(const TargetedOptions& options)
 {
-    return options.runs.size() > 1 && options.align != "disabled";
+    return options.runs.size() > 1 &&
+           alignmentSettings(options).mode != Ms1FeatureAlignSettings::Mode::Disabled;
 }
 
 /// Tells what became of the matches; the details of those that were left out come first.
@@ -160,12 +161,14 @@ void checkTogether(const TargetedOptions& options)
         throw CLI::ValidationError(
             "--diagrams needs --mode adaptive or adaptive-v2, or runs to align");
     }
-    if (options.profile && options.isotopes == "whm") {
+    using Folding = MsFeatureFinderSettings::MultiIsotopeMethod;
+    const MsFeatureFinderSettings settings = finderSettings(options);
+    if (options.profile && settings.multiIsotopeMethod == Folding::WeightedHarmonicMean) {
         throw CLI::ValidationError(
             "--profile cannot be had with --multi-isotope-method whm, which takes centroids");
     }
-    if (options.isotopeMasses.front() <= 0.0 || !std::ranges::is_sorted(options.isotopeMasses)) {
-        throw CLI::ValidationError("--isotope-selector needs ascending masses above 0");
+    if (!std::ranges::is_sorted(settings.isotopeSelector.isotopeMasses())) {
+        throw CLI::ValidationError("--isotope-selector needs ascending masses");
     }
 }
 

@@ -1,18 +1,14 @@
 #pragma once
 
-#include "ms_feature/alignment/Ms1FeatureAlignSettings.h"
-#include "ms_feature/records/MsFeatureFinderSettings.h"
+#include "ms_feature/alignment/Ms1FeatureAlignSettingTable.h"
+#include "ms_feature/records/MsFeatureFinderSettingTable.h"
 #include "tools/zel/cli/RunFile.h"
-
-#include <CLI/CLI.hpp>
+#include "tools/zel/cli/SettingOptions.h"
 
 #include <string>
 #include <vector>
 
 namespace zel::tool {
-
-/// The masses of a default IsotopeSelector.
-std::vector<double> defaultIsotopeMasses();
 
 /// What `zel targeted` is called with.
 struct TargetedOptions
@@ -28,14 +24,11 @@ struct TargetedOptions
     int maxDiagramIons = 100;
 
     std::string mode = "adaptive";
-    std::string isotopes = "single";
-    std::vector<double> isotopeMasses = defaultIsotopeMasses();
-    MsFeatureFinderSettings settings; ///< see finderSettings
-    double kernelFilterWidth = 0.2;   ///< of adaptive-v2, minutes
-    bool mergeBeforeScoring = false;  ///< of adaptive-v2
+    double kernelFilterWidth = 0.2;  ///< of adaptive-v2, minutes
+    bool mergeBeforeScoring = false; ///< of adaptive-v2
 
-    std::string align = "different-topology";
-    Ms1FeatureAlignSettings alignment; ///< see alignmentSettings
+    SettingOptions<MsFeatureFinderSettings> finderOptions;
+    SettingOptions<Ms1FeatureAlignSettings> alignmentOptions;
 };
 
 /// Declares the options, each with its default.

@@ -170,29 +170,36 @@ Error run(const XicOptions& options, const CommandContext& context)
 void addWindowOptions(CLI::App& command, XicOptions& options)
 {
     command.add_option("file", options.file, "mzML or mzXML file, plain or gzip-compressed")
-        ->required();
-    command.add_option(
-        "--windows",
-        options.windows,
-        "Table of windows (TSV): name, mz and ppm or mz_start and mz_end, optional rt_start, "
-        "rt_end (min), group");
+        ->required()
+        ->type_name("FILE");
+    command
+        .add_option(
+            "--windows",
+            options.windows,
+            "Table of windows (TSV): name, mz and ppm or mz_start and mz_end, optional rt_start, "
+            "rt_end (min), group")
+        ->type_name("FILE");
     command.add_option("--mz", options.mzs, "m/z of an ion; may be given several times")
-        ->check(CLI::PositiveNumber);
+        ->check(isNumber({.lowest = SettingLimits::kAboveZero}));
     command
         .add_option("--ppm", options.ppm, "Half width of the window around --mz or an isotope, ppm")
         ->capture_default_str()
-        ->check(CLI::NonNegativeNumber);
+        ->check(isNumber({.lowest = 0}));
     command.add_option("--rt", options.rt, "Time range A-B, minutes; the whole run if not given")
-        ->check(timeRangeValidator());
+        ->check(timeRangeValidator())
+        ->type_name("A-B");
     command.add_option("--ms-level", options.msLevel, "MS level of the scans")
         ->capture_default_str()
-        ->check(CLI::Range(1, 10));
+        ->check(isWholeNumber(1, 10));
     command.add_flag(
         "--profile", options.profile, "Sum profile points where the file has them, not centroids");
-    command.add_option("-o,--output",
-                       options.output,
-                       "Table of the chromatograms (TSV); standard output if not given");
-    command.add_option("--plot", options.plot, "Drawing of the chromatograms (HTML)");
+    command
+        .add_option("-o,--output",
+                    options.output,
+                    "Table of the chromatograms (TSV); standard output if not given")
+        ->type_name("FILE");
+    command.add_option("--plot", options.plot, "Drawing of the chromatograms (HTML)")
+        ->type_name("FILE");
 }
 
 void addIndexOptions(CLI::App& command, XicOptions& options)
@@ -200,12 +207,13 @@ void addIndexOptions(CLI::App& command, XicOptions& options)
     CLI::Option* const turbo = command.add_flag(
         "--turbo", options.turbo, "Cut the chromatograms out of an index of the MS1 centroids");
     command.add_option("--cache", options.cache, "Folder where the index is kept between runs")
+        ->type_name("FOLDER")
         ->needs(turbo);
     command
         .add_option("--max-ions",
                     options.maxIonCount,
                     "Most peaks of a scan that the index keeps; all if not given")
-        ->check(CLI::Range(1, 1'000'000))
+        ->check(isWholeNumber(1, 1'000'000))
         ->needs(turbo);
     turbo->excludes(command.get_option("--profile"));
     turbo->excludes(command.get_option("--ms-level"));
@@ -218,20 +226,20 @@ void addIsotopeOptions(CLI::App& command, XicOptions& options)
             .add_option("--isotopes",
                         options.isotopes,
                         "Fold the isotopes of an ion: their sum, or harmonic mean")
-            ->check(CLI::IsMember({"sum", "whm"}));
+            ->check(isOneOf({"sum", "whm"}));
     CLI::Option* const mass =
         command.add_option("--mass", options.mass, "Neutral monoisotopic mass of the ion, Da")
-            ->check(CLI::PositiveNumber)
+            ->check(isNumber({.lowest = SettingLimits::kAboveZero}))
             ->needs(isotopes);
     CLI::Option* const charge = command.add_option("--charge", options.charge, "Charge of the ion")
-                                    ->check(CLI::Range(1, 100))
+                                    ->check(isWholeNumber(1, 100))
                                     ->needs(isotopes);
     command
         .add_option("--isotope-share",
                     options.isotopeShare,
                     "Isotopes are taken until their shares exceed this")
         ->capture_default_str()
-        ->check(CLI::Range(0.0, 1.0))
+        ->check(isNumber({0, 1}))
         ->needs(isotopes);
     command.add_flag("--deamidated", options.deamidated, "--mass is that of the deamidated form")
         ->needs(isotopes);
@@ -258,7 +266,7 @@ void addXicCommand(CLI::App& tool, CommandAction& chosen)
         ->excludes(command->get_option("--rt"));
     command->callback([options, &chosen] {
         if (options->windows.empty() && options->mzs.empty() && options->isotopes.empty()) {
-            throw CLI::RequiredError("--windows or --mz or --isotopes");
+            throw CLI::RequiredError("one of --windows, --mz and --isotopes");
         }
         chosen = [options](const CommandContext& context) { return run(*options, context); };
     });

@@ -9,6 +9,7 @@
 #include <QMap>
 
 #include <algorithm>
+#include <limits>
 #include <memory>
 
 namespace zel::tool {
@@ -138,18 +139,24 @@ void addXimCommand(CLI::App& tool, CommandAction& chosen)
     auto options = std::make_shared<XimOptions>();
     CLI::App* const command =
         tool.add_subcommand("xim", "Extract an ion mobilogram from one frame");
-    command->add_option("file", options->file, "mzML or mzXML file with ion mobility")->required();
+    command->add_option("file", options->file, "mzML or mzXML file with ion mobility")
+        ->required()
+        ->type_name("FILE");
     command
         ->add_option("--frame",
                      options->frame,
                      "Number of the frame: the MS1 frames that are chosen count 1, 2, 3, ...")
-        ->required();
+        ->required()
+        ->check(isWholeNumber(1, std::numeric_limits<int>::max()));
     command->add_option("--mz", options->mz, "Range of m/z A-B")
         ->required()
-        ->check(mzRangeValidator());
-    command->add_option("-o,--output",
-                        options->output,
-                        "Table of the mobilogram (TSV); standard output if not given");
+        ->check(mzRangeValidator())
+        ->type_name("A-B");
+    command
+        ->add_option("-o,--output",
+                     options->output,
+                     "Table of the mobilogram (TSV); standard output if not given")
+        ->type_name("FILE");
     addRunSelection(*command, options->selection);
     command->callback([options, &chosen] {
         chosen = [options](const CommandContext& context) { return run(*options, context); };

@@ -14,7 +14,7 @@ constexpr const char* kSplittingOfPeaks = "Splitting of peaks";
 constexpr const char* kLimitsOfPeaks = "Limits of peaks";
 
 constexpr const char* kReaders[] = {
-    "scan by scan (0)", "without mobility (1)", "with mobility (2)", "--auto", "several samples"};
+    "version 0", "version 1", "version 2", "--auto", "several samples"};
 constexpr SettingReaders kHillFinders = kHillFinder | kFrameFinder;
 constexpr SettingReaders kEveryVersion = kScanWiseFinder | kHillFinders;
 constexpr SettingReaders kIntegrator = kScanWiseFinder | kCrossSample;
