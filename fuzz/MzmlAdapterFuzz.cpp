@@ -6,7 +6,8 @@
 #include "tools/sources/mzml/FilteredFileBuffer.h"
 
 #include <exception>
-#include <iterator>
+#include <istream>
+#include <memory>
 #include <string>
 
 namespace {
@@ -14,7 +15,11 @@ namespace {
 /// The whole text, read from the place where the stream stands.
 std::string rest(std::istream& stream)
 {
-    return std::string(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
+    std::string text;
+    for (char byte = 0; stream.get(byte);) {
+        text += byte;
+    }
+    return text;
 }
 
 } // namespace
