@@ -87,20 +87,6 @@ TEST(FeatureFinderUtilitiesTest, FindsExactlyTheBinsWhoseMzLiesInTheWindow)
     EXPECT_GT(first, last) << "between two bins";
 }
 
-TEST(FeatureFinderUtilitiesTest, SummarisesPoints)
-{
-    const QList<QPointF> points{{10.0, 1.0}, {20.0, -7.0}, {30.0, kNaN}, {40.0, 3.0}};
-    EXPECT_EQ(Utilities::findPoint2dListMaximum(points), 3.0);
-    EXPECT_EQ(Utilities::findPoint2dListMaximum({{0.0, -4.0}, {1.0, -2.0}}), -2.0);
-    EXPECT_EQ(Utilities::findPoint2dListMaximum({}), 0.0);
-    EXPECT_EQ(Utilities::calculateMedianPoint2dList(points), 1.0);
-    EXPECT_EQ(Utilities::calculateMedianPoint2dList({}), 0.0);
-    EXPECT_EQ(Utilities::calculatedWeightedRetentionTime({{10.0, 1.0}, {20.0, 3.0}}), 17.5);
-    EXPECT_EQ(Utilities::calculatedWeightedRetentionTime({{10.0, 0.0}, {20.0, 0.0}}), 15.0);
-    EXPECT_EQ(Utilities::calculatedWeightedRetentionTime({}), 0.0);
-    EXPECT_DOUBLE_EQ(Utilities::calculatePPMTolerance(1500.0, 10), 0.015);
-}
-
 TEST(FeatureFinderUtilitiesTest, SlicesKeepTheirShapeAndCentreWhereverTheyLie)
 {
     Eigen::SparseMatrix<double> frame = test::randomSparseMatrix(40, 9, 120, 50, 3);
