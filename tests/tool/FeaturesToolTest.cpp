@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 #include <ostream>
-#include <random>
 
 namespace zel::test {
 
@@ -18,26 +17,17 @@ class FeaturesToolTest : public ZelTool
 {
 protected:
     /// A run of four minutes with few peptides.
-    QString simulatedRun(const QString& name, const QStringList& more = {}) const
+    void simulate(const char* name, const char* more = "") const
     {
-        const QStringList call = {text("simulate"),
-                                  text("-o"),
-                                  path(name),
-                                  text("--minutes"),
-                                  text("4"),
-                                  text("--drift"),
-                                  text("0.1"),
-                                  text("--peptides"),
-                                  text("20")};
-        const Outcome outcome = zel(call + more);
+        const Outcome outcome = call(text("simulate --minutes 4 --drift 0.1 --peptides 20 -o ") +
+                                     text(name) + QLatin1Char(' ') + text(more));
         EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
-        return path(name);
     }
 
-    Outcome features(const QString& run, const QString& folder, const QStringList& more = {}) const
+    /// `zel features` on a run into a folder.
+    Outcome features(const char* run, const char* folder, const char* more = "") const
     {
-        return zel(QStringList{text("features"), run, text("-o"), path(folder), text("--tsv")} +
-                   more);
+        return call(text("features --tsv %1 -o %2 %3").arg(text(run), text(folder), text(more)));
     }
 
     /// The rows of a table, without its header, as cells.
@@ -48,17 +38,6 @@ protected:
             all.append(line.split(QLatin1Char('\t')));
         }
         return all.mid(1, all.size() - 2); // the last line is empty
-    }
-
-    /// The rows but for the number of the master.
-    QList<QStringList> ions(const QString& name) const
-    {
-        QList<QStringList> all = rows(name);
-        for (QStringList& row : all) {
-            row.removeFirst();
-        }
-        std::sort(all.begin(), all.end());
-        return all;
     }
 };
 
@@ -154,17 +133,13 @@ TEST_F(FeaturesToolTest, FindsTheIonsOfSimulatedRunsAndLittleElse)
 {
     // Ions whose third isotope is so high that it stands above what is recorded for long enough,
     // in a mobility run also in a single mobility scan.
-    const QStringList mobility = {text("--mobility-scans"),
-                                  text("300"),
-                                  text("--scan-interval"),
-                                  text("2"),
-                                  text("--time-of-flight"),
-                                  text("--resolving-power"),
-                                  text("40000")};
-    for (const auto& [options, least] : {std::pair(QStringList(), 2e4), {mobility, 4e5}}) {
+    for (const auto& [options, least] :
+         {std::pair("", 2e4),
+          {"--mobility-scans 300 --scan-interval 2 --time-of-flight --resolving-power 40000",
+           4e5}}) {
         const double leastHeight = least; // clang 14 lets no lambda read a part of a pair
-        const QString run = simulatedRun(text("run.mzML"), options);
-        ASSERT_EQ(features(run, text("a")).exitCode, 0);
+        simulate("run.mzML", options);
+        ASSERT_EQ(features("run.mzML", "a").exitCode, 0);
         QList<QStringList> truth = rows(text("run.truth.tsv"));
         const QList<QStringList> found = rows(text("a/run.features.tsv"));
         const auto isTrue = [&](const QStringList& feature) {
@@ -185,8 +160,8 @@ TEST_F(FeaturesToolTest, FindsTheIonsOfSimulatedRunsAndLittleElse)
 
 TEST_F(FeaturesToolTest, WritesEqualFilesForEqualRuns)
 {
-    const QString run = simulatedRun(text("run.mzML"));
-    const Outcome outcome = features(run, text("a"), {text("--json")});
+    simulate("run.mzML");
+    const Outcome outcome = features("run.mzML", "a", "--json");
     ASSERT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
     EXPECT_TRUE(outcome.output.contains(text("hills"))) << outcome.output.toStdString();
     EXPECT_EQ(QDir(path(text("a"))).entryList(QDir::Files | QDir::Hidden),
@@ -195,8 +170,8 @@ TEST_F(FeaturesToolTest, WritesEqualFilesForEqualRuns)
     EXPECT_EQ(read(text("a/run.features.json")).count("\"feature"),
               rows(text("a/run.features.tsv")).size());
 
-    ASSERT_EQ(features(run, text("b")).exitCode, 0);
-    ASSERT_EQ(features(run, text("b")).exitCode, 0); // over the files that are there
+    ASSERT_EQ(features("run.mzML", "b").exitCode, 0);
+    ASSERT_EQ(features("run.mzML", "b").exitCode, 0); // over the files that are there
     for (const QString& name : {text("/run.ftrs"), text("/run.features.tsv")}) {
         EXPECT_EQ(read(text("a") + name), read(text("b") + name)) << name.toStdString();
     }
@@ -204,13 +179,11 @@ TEST_F(FeaturesToolTest, WritesEqualFilesForEqualRuns)
 
 TEST_F(FeaturesToolTest, TakesTheFinderForMobilityByItself)
 {
-    const QString run =
-        simulatedRun(text("m.mzML"),
-                     {text("--mobility-scans"), text("150"), text("--scan-interval"), text("3")});
-    for (const QStringList& more : {QStringList(), QStringList{text("--auto")}}) {
-        ASSERT_EQ(features(run, text("a"), more).exitCode, 0);
+    simulate("m.mzML", "--mobility-scans 150 --scan-interval 3");
+    for (const char* const more : {"", "--auto"}) {
+        ASSERT_EQ(features("m.mzML", "a", more).exitCode, 0);
         const QList<QStringList> found = rows(text("a/m.features.tsv"));
-        ASSERT_GT(found.size(), 3) << more.join(QLatin1Char(' ')).toStdString();
+        ASSERT_GT(found.size(), 3) << more;
         for (const QStringList& row : found) {
             EXPECT_GE(row[8].toDouble(), row[7].toDouble()); // mobility: apex, start
             EXPECT_GE(row[9].toDouble(), row[8].toDouble());
@@ -235,8 +208,9 @@ TEST_F(FeaturesToolTest, CountsMs1ScansHoweverTheFileNumbersThem)
     for (const auto& [alone, between] :
          {std::pair(inTwoCharges(peptideRun(0)), inTwoCharges(peptideRun(10))),
           {peptideFrames(0), peptideFrames(10)}}) {
-        ASSERT_EQ(features(writeRun(text("alone.mzML"), alone), text("a")).exitCode, 0);
-        ASSERT_EQ(features(writeRun(text("between.mzML"), between), text("a")).exitCode, 0);
+        writeRun(text("alone.mzML"), alone);
+        writeRun(text("between.mzML"), between);
+        ASSERT_EQ(features("alone.mzML between.mzML", "a").exitCode, 0);
         const QList<QStringList> found = rows(text("a/alone.features.tsv"));
         ASSERT_EQ(found.size(), 2);
         EXPECT_EQ(found[0][0], found[1][0]); // one master
@@ -246,8 +220,8 @@ TEST_F(FeaturesToolTest, CountsMs1ScansHoweverTheFileNumbersThem)
 
 TEST_F(FeaturesToolTest, RefusesColumnsOfHalfAMobilityScan)
 {
-    const QString run = writeRun(text("run.mzML"), peptideFrames(0).mid(0, 240));
-    const Outcome outcome = features(run, text("a"), {text("--d2-hash-factor"), text("1.5")});
+    writeRun(text("run.mzML"), peptideFrames(0).mid(0, 240));
+    const Outcome outcome = features("run.mzML", "a", "--d2-hash-factor 1.5");
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_TRUE(outcome.errors.contains(text("must be a whole number")))
         << outcome.errors.toStdString();
@@ -255,26 +229,20 @@ TEST_F(FeaturesToolTest, RefusesColumnsOfHalfAMobilityScan)
 
 TEST_F(FeaturesToolTest, TellsNoMobilityThatWasNotLookedAt)
 {
-    const QString run = writeRun(text("run.mzML"), peptideFrames(0));
+    writeRun(text("run.mzML"), peptideFrames(0));
     ASSERT_EQ(
-        features(
-            run,
-            text("a"),
-            {text("--feature-finder-version"), text("1"), text("--min-hill-length-d1"), text("3")})
-            .exitCode,
-        0);
+        features("run.mzML", "a", "--feature-finder-version 1 --min-hill-length-d1 3").exitCode, 0);
     ASSERT_EQ(rows(text("a/run.features.tsv")).size(), 2);
     EXPECT_EQ(rows(text("a/run.features.tsv"))[0].mid(7, 3), QStringList({{}, {}, {}}));
 }
 
 TEST_F(FeaturesToolTest, LeavesAStoreAloneThatIsOpenForWriting)
 {
-    const QString run = writeRun(text("run.mzML"), peptideRun(0));
-    ASSERT_EQ(features(run, text("a")).exitCode, 0);
+    writeRun(text("run.mzML"), peptideRun(0));
+    ASSERT_EQ(features("run.mzML", "a").exitCode, 0);
     const QByteArray store = read(text("a/run.ftrs"));
     write(text("a/run.ftrs-journal"), "pages of the file that was there");
-    const Outcome outcome =
-        features(run, text("a"), {text("--max-mono-mass"), text("900")}); // finds nothing
+    const Outcome outcome = features("run.mzML", "a", "--max-mono-mass 900"); // finds nothing
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_TRUE(outcome.errors.contains(text("run.ftrs-journal is there")))
         << outcome.errors.toStdString();
@@ -300,8 +268,8 @@ TEST_F(FeaturesToolTest, FindsNothingWhereNothingIs)
                             Case{"one_scan", peptideRun(0).mid(20, 1), 0},
                             Case{"faint", peptideRun(0, 1e-30), 0},
                             Case{"huge", peptideRun(0, 1e30), 1}}) {
-        const QString path = writeRun(text(run.name) + text(".mzML"), run.scans);
-        const Outcome outcome = features(path, text("a"));
+        writeRun(text(run.name) + text(".mzML"), run.scans);
+        const Outcome outcome = features((run.name + std::string(".mzML")).c_str(), "a");
         EXPECT_EQ(outcome.exitCode, 0) << run.name << outcome.errors.toStdString();
         EXPECT_EQ(rows(text("a/") + text(run.name) + text(".features.tsv")).size(),
                   run.featureCount)
@@ -309,44 +277,20 @@ TEST_F(FeaturesToolTest, FindsNothingWhereNothingIs)
     }
 }
 
-TEST_F(FeaturesToolTest, FindsTheIonsOfASingleFrameWhateverIsEstimated)
-{
-    std::mt19937 random(1);
-    std::uniform_real_distribution<> noiseMz(600.0, 1200.0);
-    QList<InMemoryScan> frame;
-    for (int d2 = 1; d2 <= 100; ++d2) {
-        const double distance = (d2 - 50) / 6.0;
-        QList<QPointF> points = isotopes(1e6 * std::exp(-0.5 * distance * distance));
-        for (int i = 0; i < 40; ++i) {
-            points.append({noiseMz(random), 1e3});
-        }
-        std::sort(points.begin(), points.end(), [](const QPointF& a, const QPointF& b) {
-            return a.x() < b.x();
-        });
-        frame.append(scanOf(msreader::MsScanId(1, d2), 0.5, points));
-        frame.last().info.mobility = 0.6 + 0.01 * d2;
-    }
-    const QString run = writeRun(text("frame.mzML"), frame);
-    for (const QStringList& more : {QStringList(), QStringList{text("--auto")}}) {
-        ASSERT_EQ(features(run, text("a"), more).exitCode, 0);
-        EXPECT_GT(rows(text("a/frame.features.tsv")).size(), 0) << more.size(); // or noise, too
-    }
-}
-
 TEST_F(FeaturesToolTest, TakesPresetsAndSettings)
 {
-    const QString run = writeRun(text("run.mzML"), peptideRun(0));
-    const auto count = [&](const QStringList& more) {
-        const Outcome outcome = features(run, text("a"), more);
+    writeRun(text("run.mzML"), peptideRun(0));
+    const auto count = [&](const char* more) {
+        const Outcome outcome = features("run.mzML", "a", more);
         EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
         return rows(text("a/run.features.tsv")).size();
     };
-    EXPECT_EQ(count({text("--preset"), text("qtof")}), 1);
-    EXPECT_EQ(count({text("--max-mono-mass"), text("900")}), 0);
-    EXPECT_EQ(count({text("--min-hill-length-d1"), text("60")}), 0);
-    EXPECT_EQ(count({text("--convert-d1-to-retention-time"), text("false")}), 1);
+    EXPECT_EQ(count("--preset qtof"), 1);
+    EXPECT_EQ(count("--max-mono-mass 900"), 0);
+    EXPECT_EQ(count("--min-hill-length-d1 60"), 0);
+    EXPECT_EQ(count("--convert-d1-to-retention-time false"), 1);
     EXPECT_EQ(rows(text("a/run.features.tsv"))[0][5].toDouble(), 1.0); // minutes all the same
-    const QString help = zel({text("features"), text("--help")}).output.simplified();
+    const QString help = call("features --help").output.simplified();
     EXPECT_TRUE(help.contains(text("10; qtof 15, tims 15"))) << help.toStdString();
 }
 
@@ -355,10 +299,9 @@ namespace {
 struct BadFeatures
 {
     const char* name;
-    QStringList more;
+    const char* line;
     const char* errorPart;
     int exitCode = 1;
-    const char* output = "out";
 };
 
 void PrintTo(const BadFeatures& call, std::ostream* os)
@@ -371,31 +314,27 @@ class FeaturesToolBadCallTest : public FeaturesToolTest,
 {};
 
 const BadFeatures kBadCalls[] = {
-    {"NoMobility", {text("--feature-finder-version"), text("2")}, "no ion mobility"},
-    {"NoNetworkFile", {text("--network-file-path"), text("none.znet")}, "none.znet"},
-    {"ForeignNetworkFile", {text("--network-file-path"), text(ZEL_TOOL_PATH)}, "zel"},
-    {"ColumnsWithoutScans", {text("--d2-hash-factor"), text("0.5")}, "must be at least 1"},
-    {"TwoRunsOfOneName", {text("elsewhere/run.mzXML")}, "Two runs are called run"},
-    {"MissingRun", {text("none.mzML")}, "none.mzML"},
-    {"FolderIsAFile", {}, "run.mzML/out", 1, "run.mzML/out"},
-    {"UnknownPreset", {text("--preset"), text("maldi")}, "maldi", 2},
-    {"NegativeTolerance", {text("--ppm-tolerance=-1")}, "ppm-tolerance", 2},
+    {"NoMobility", "run.mzML -o out --feature-finder-version 2", "no ion mobility"},
+    {"NoNetworkFile", "run.mzML -o out --network-file-path none.znet", "none.znet"},
+    {"ForeignNetworkFile", "run.mzML -o out --network-file-path " ZEL_TOOL_PATH, "zel"},
+    {"ColumnsWithoutScans", "run.mzML -o out --d2-hash-factor 0.5", "must be at least 1"},
+    {"TwoRunsOfOneName", "elsewhere/run.mzXML run.mzML -o out", "Two runs are called run"},
+    {"MissingRun", "none.mzML run.mzML -o out", "none.mzML"},
+    {"FolderIsAFile", "run.mzML -o run.mzML/out", "run.mzML/out"},
+    {"UnknownPreset", "run.mzML -o out --preset maldi", "maldi", 2},
+    {"NegativeTolerance", "run.mzML -o out --ppm-tolerance=-1", "ppm-tolerance", 2},
 };
 
 } // namespace
 
 TEST_P(FeaturesToolBadCallTest, EndsWithOneClearLineAndNoFile)
 {
-    const BadFeatures& call = GetParam();
-    const QString run = writeRun(text("run.mzML"), peptideRun(0));
-    const bool isSecondRun = call.exitCode == 1 && !call.more.value(0).startsWith(text("--"));
-    const QStringList order = isSecondRun ? call.more : QStringList();
-    const Outcome outcome = zel(QStringList{text("features")} + order + QStringList{run} +
-                                QStringList{text("-o"), path(text(call.output)), text("--tsv")} +
-                                (isSecondRun ? QStringList() : call.more));
-    EXPECT_EQ(outcome.exitCode, call.exitCode) << outcome.errors.toStdString();
-    EXPECT_TRUE(outcome.errors.contains(text(call.errorPart))) << outcome.errors.toStdString();
-    EXPECT_TRUE(call.exitCode == 2 || outcome.errors.startsWith(text("zel: ")));
+    const BadFeatures& bad = GetParam();
+    writeRun(text("run.mzML"), peptideRun(0));
+    const Outcome outcome = call(text("features --tsv ") + text(bad.line));
+    EXPECT_EQ(outcome.exitCode, bad.exitCode) << outcome.errors.toStdString();
+    EXPECT_TRUE(outcome.errors.contains(text(bad.errorPart))) << outcome.errors.toStdString();
+    EXPECT_TRUE(bad.exitCode == 2 || outcome.errors.startsWith(text("zel: ")));
     EXPECT_EQ(
         QDir(path(text("out"))).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
         QStringList());
