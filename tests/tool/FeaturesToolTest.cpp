@@ -319,7 +319,6 @@ const BadFeatures kBadCalls[] = {
     {"ForeignNetworkFile", "run.mzML -o out --network-file-path " ZEL_TOOL_PATH, "zel"},
     {"ColumnsWithoutScans", "run.mzML -o out --d2-hash-factor 0.5", "must be at least 1"},
     {"TwoRunsOfOneName", "elsewhere/run.mzXML run.mzML -o out", "Two runs are called run"},
-    {"MissingRun", "none.mzML run.mzML -o out", "none.mzML"},
     {"FolderIsAFile", "run.mzML -o run.mzML/out", "run.mzML/out"},
     {"UnknownPreset", "run.mzML -o out --preset maldi", "maldi", 2},
     {"NegativeTolerance", "run.mzML -o out --ppm-tolerance=-1", "ppm-tolerance", 2},

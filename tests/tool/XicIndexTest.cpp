@@ -121,7 +121,7 @@ TEST_F(XicIndexTest, KeepsAllPeaksAndSaysWhatItLeavesOut)
     EXPECT_EQ(say(dense, 5, {}), text("zel: built the index in memory"));
     EXPECT_EQ(say(dense, 0, {text("--max-ions"), text("1000")}),
               text("zel: --max-ions 1000 keeps the highest peaks only: the largest scan has 1501 "
-                   "points\nzel: built the index in memory"));
+                   "points\nzel: built the index in memory\nzel: there is no signal in mz_400"));
 
     const QString doubled = writeRun(text("doubled.mzML"), runOfHeight(5, {{400.0, 5}}));
     EXPECT_EQ(

@@ -23,6 +23,7 @@ OutputFile::OutputFile(const QString& name,
                        std::unique_ptr<QFileDevice> device,
                        QSaveFile* saveFile)
     : m_name(name)
+    , m_unfinished(UnfinishedOutput::Kind::SaveFile, name)
     , m_device(std::move(device))
     , m_saveFile(saveFile)
 {}

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/stable/Result.h"
+#include "tools/io/UnfinishedOutput.h"
 
 #include <QByteArray>
 #include <QFileDevice>
@@ -42,6 +43,7 @@ private:
     void writeOut();
 
     QString m_name; ///< as messages call it
+    UnfinishedOutput m_unfinished;
     std::unique_ptr<QFileDevice> m_device;
     QSaveFile* m_saveFile; ///< the device, if that is a file
     QByteArray m_buffer;

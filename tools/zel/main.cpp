@@ -1,5 +1,7 @@
 #include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/ConsoleProgress.h"
+#include "tools/zel/cli/Interruption.h"
+#include "tools/zel/cli/Messages.h"
 #include "tools/zel/cli/ToolOptions.h"
 
 #include <CLI/CLI.hpp>
@@ -19,34 +21,11 @@ namespace {
 
 using namespace zel;
 
-// The shell's conventions: 1 a failure, 2 wrong usage, 128 + SIGINT for Ctrl-C.
+// The shell's conventions: 1 a failure, 2 wrong usage; signals have theirs, too.
 constexpr int kFailureExit = 1;
 constexpr int kUsageExit = 2;
-constexpr int kCanceledExit = 130;
 
 constexpr char kOutOfMemory[] = "There is not enough memory";
-
-/// The text on one line that a terminal shows as it is; the middle of a long one is left out.
-QString shortLine(QString text)
-{
-    constexpr qsizetype maxLength = 500;
-    constexpr qsizetype keptAtEnd = 150;
-    for (QChar& character : text) {
-        character = character.isPrint() ? character : QLatin1Char(' ');
-    }
-    return text.size() <= maxLength
-               ? text
-               : text.left(maxLength - keptAtEnd) + QStringLiteral(" ... ") + text.right(keptAtEnd);
-}
-
-/// What the user reads about a failure: one line, or with `verbose` all that is known.
-QString failureText(const Error& error, bool verbose)
-{
-    if (verbose) {
-        return error.errorMessage();
-    }
-    return shortLine(error.message().isEmpty() ? error.errorMessage() : error.message());
-}
 
 /// Runs a command; what it throws becomes an Error, too.
 Error runCommand(const tool::CommandAction& action, const tool::CommandContext& context)
@@ -94,11 +73,11 @@ int exitCode(const Error& error, bool verbose)
     if (!error.hasError()) {
         return 0;
     }
-    if (error.equals(kOperationCanceledError)) {
-        std::cerr << "zel: canceled\n";
-        return kCanceledExit;
+    if (tool::isInterrupted()) {
+        tool::tellInterrupted();
+        return tool::interruptedExitCode();
     }
-    std::cerr << "zel: " << failureText(error, verbose).toStdString() << '\n';
+    tool::tell(tool::failureText(error, verbose));
     return kFailureExit;
 }
 
@@ -106,6 +85,7 @@ int exitCode(const Error& error, bool verbose)
 
 int main(int argc, char** argv)
 {
+    tool::watchForSignals();
     const QCoreApplication application(argc, argv);
     std::setlocale(LC_ALL, "C");
     std::set_terminate(onTerminate);
@@ -142,7 +122,7 @@ int main(int argc, char** argv)
         QLoggingCategory::setFilterRules(QStringLiteral("zel.*.debug=false"));
     }
     const auto progress = QSharedPointer<tool::ConsoleProgress>::create();
-    const Error e = runCommand(chosen, {progress});
+    const Error e = runCommand(chosen, {progress, options.verbose});
     progress->finish();
     return exitCode(e.hasError() ? e : flushStandardOutput(), options.verbose);
 }

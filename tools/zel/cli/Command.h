@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/stable/Error.h"
-#include "common/stable/Progress.h"
+#include "tools/sources/decorators/ScanProgress.h"
 
 #include <QSharedPointer>
 
@@ -16,7 +16,8 @@ namespace zel::tool {
 /// What a command runs with.
 struct CommandContext
 {
-    QSharedPointer<ProgressBarInterface> progress;
+    QSharedPointer<msreader::ScanProgress> progress;
+    bool verbose = false; ///< failures are told with all that is known
 };
 
 /// The work of a command; its Error becomes the tool's error line and exit code.

@@ -1,48 +1,33 @@
 #include "tools/zel/cli/ConsoleProgress.h"
 
+#include "tools/zel/cli/Interruption.h"
+
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdio>
 #include <string>
 
 namespace zel::tool {
 
-namespace {
-
-volatile std::sig_atomic_t g_interrupted = 0;
-
-void onInterrupt(int signal)
-{
-    g_interrupted = 1;
-    std::signal(signal, SIG_DFL); // a second Ctrl-C is not asked for twice
-}
-
-} // namespace
-
 ConsoleProgress::ConsoleProgress()
     : m_isTerminal(isatty(STDERR_FILENO) != 0)
-{
-    std::signal(SIGINT, onInterrupt);
-}
+{}
 
 ConsoleProgress::~ConsoleProgress()
 {
     finish();
-    std::signal(SIGINT, SIG_DFL);
 }
 
 bool ConsoleProgress::isCanceled() const
 {
-    return g_interrupted != 0;
+    return isInterrupted();
 }
 
 void ConsoleProgress::beginPhase(int stepCount)
 {
     if (m_depth++ == 0) {
-        m_stepCount = stepCount;
-        m_stepsDone = 0;
-        m_shownPercent = -1;
+        m_goesByScans = m_goesByScans && m_scans.done == 0;
+        begin(&m_phase, stepCount);
     }
 }
 
@@ -53,15 +38,33 @@ void ConsoleProgress::setText(const QString& text)
 
 void ConsoleProgress::stepDone()
 {
-    if (m_depth == 1 && m_stepsDone < m_stepCount) {
-        ++m_stepsDone;
-        show(static_cast<int>(100LL * m_stepsDone / m_stepCount));
+    if (m_depth == 1 && !m_goesByScans) {
+        advance(&m_phase);
     }
 }
 
 void ConsoleProgress::endPhase()
 {
     --m_depth;
+}
+
+void ConsoleProgress::beginScans(qsizetype count, const QString& title)
+{
+    m_text = title;
+    m_goesByScans = true;
+    begin(&m_scans, count);
+}
+
+void ConsoleProgress::scanRead()
+{
+    if (m_goesByScans) {
+        advance(&m_scans);
+    }
+}
+
+void ConsoleProgress::endScans()
+{
+    m_goesByScans = false;
 }
 
 void ConsoleProgress::finish()
@@ -72,8 +75,20 @@ void ConsoleProgress::finish()
     }
 }
 
-void ConsoleProgress::show(int percent)
+void ConsoleProgress::begin(Steps* steps, qsizetype count)
 {
+    *steps = {count, 0};
+    m_shownPercent = -1;
+}
+
+/// Counts a step, and shows it where that makes a difference.
+void ConsoleProgress::advance(Steps* steps)
+{
+    if (steps->done >= steps->count) {
+        return;
+    }
+    ++steps->done;
+    const auto percent = static_cast<int>(100 * steps->done / steps->count);
     constexpr int lineStepPercent = 25;
     if (percent == m_shownPercent ||
         (!m_isTerminal && percent / lineStepPercent == m_shownPercent / lineStepPercent &&

@@ -1,11 +1,10 @@
 #include "tools/zel/cli/RunFile.h"
 
 #include "tools/zel/cli/CommandLine.h"
+#include "tools/zel/cli/Messages.h"
 
 #include <CLI/CLI.hpp>
 #include <QStringList>
-
-#include <iostream>
 
 namespace zel::tool {
 
@@ -74,7 +73,7 @@ Result<RunFile> openRun(const QString& path, const RunSelection& selection)
 {
     ZEL_ASSIGN_OR_RETURN(const auto run, msreader::MzmlDataSource::open(path, selection));
     for (const QString& warning : run->warnings()) {
-        std::cerr << "zel: " << warning.toStdString() << '\n';
+        tell(warning);
     }
     return run;
 }

@@ -6,8 +6,11 @@
 #include "feature_finder/records/ChargeFeatureList.h"
 #include "tools/io/FileCheck.h"
 #include "tools/io/OutputFile.h"
-#include "tools/zel/cli/Command.h"
+#include "tools/io/UnfinishedOutput.h"
+#include "tools/zel/cli/Batch.h"
+#include "tools/zel/cli/Messages.h"
 #include "tools/zel/cli/RunFile.h"
+#include "tools/zel/cli/WatchedRun.h"
 #include "tools/zel/features/FeatureSettings.h"
 #include "tools/zel/features/FeatureTable.h"
 #include "tools/zel/features/ProfileWidth.h"
@@ -28,6 +31,8 @@
 #include <vector>
 
 namespace zel::tool {
+
+using msreader::MsQuery;
 
 namespace {
 
@@ -141,11 +146,11 @@ Error checkSettings(const FeaturesOptions& options,
                              .arg(params.d2HashFactor));
     }
     for (const std::string& option : options.settings.givenButUnread(params, options.autoSet)) {
-        std::cerr << "zel: " << option << " is not read on " << path.toStdString() << '\n';
+        tell(QString::fromStdString(option) + QStringLiteral(" is not read on ") + path);
     }
     if (options.autoSet && params.featureFinderVersion != 2) {
-        std::cerr << "zel: --auto is of no effect on " << path.toStdString()
-                  << ", which is not searched with version 2\n";
+        tell(QStringLiteral("--auto is of no effect on ") + path +
+             QStringLiteral(", which is not searched with version 2"));
     }
     return kNoError;
 }
@@ -169,16 +174,30 @@ Error fitToFrames(const QString& path,
     }
     params->numberOfFramesToSum = framesToSum;
     params->minHillLengthD1 = std::min({params->minHillLengthD1, longestFeature, windowCount});
-    std::cerr << "zel: " << path.toStdString() << " has only " << frameCount
-              << (frameCount == 1 ? " frame" : " frames")
-              << ", so --number-of-frames-to-sum becomes " << framesToSum
-              << " and --min-hill-length-d1 " << params->minHillLengthD1 << '\n';
+    tell(path + QStringLiteral(" has only %1 %2, so --number-of-frames-to-sum becomes %3 and "
+                               "--min-hill-length-d1 %4")
+                    .arg(frameCount)
+                    .arg(QLatin1String(frameCount == 1 ? "frame" : "frames"))
+                    .arg(framesToSum)
+                    .arg(params->minHillLengthD1));
     return kNoError;
+}
+
+/// Says so where a run has nothing to give.
+void tellEmpty(const QString& path, const RunFeatures& found)
+{
+    if (found.counts.hills == 0) {
+        tell(path + QStringLiteral(": no hills were found, so there are no features"));
+    } else if (found.masters.isEmpty()) {
+        tell(path +
+             QStringLiteral(": the %1 hills make no isotope cluster, so there are no features")
+                 .arg(found.counts.hills));
+    }
 }
 
 Result<RunFeatures> findFeatures(const FeaturesOptions& options,
                                  const QString& path,
-                                 msreader::MsDataSourceInterface* source,
+                                 msreader::WatchedDataSource* source,
                                  const CommandContext& context)
 {
     Error e;
@@ -202,6 +221,14 @@ Result<RunFeatures> findFeatures(const FeaturesOptions& options,
     }
     ZEL_ASSIGN_OR_RETURN(const auto finder,
                          FeatureFinderFactory::featureFinderFactoryInit(found.params));
+    std::optional<msreader::ScanPass> pass;
+    if (found.params.featureFinderVersion == 1) {
+        // It counts no steps of its own: it reads each MS1 scan once, and then those again in which
+        // a hill has its apex.
+        ZEL_ASSIGN_OR_RETURN(const auto ids, source->scanIds(MsQuery::createByMsLevel(1)));
+        pass.emplace(
+            2 * ids.size(), QStringLiteral("Feature finding at ") + path, context.progress);
+    }
     ZEL_ASSIGN_OR_RETURN(found.masters, finder->findFeatures(source, context.progress));
     if (isCanceled(context.progress)) {
         ZEL_RETURN_ERROR(kOperationCanceledError);
@@ -278,10 +305,13 @@ private:
         : m_options(options)
         , m_file(file)
         , m_unfinished(QString::fromStdString(options.outputDir) + QStringLiteral("/.zel-XXXXXX"))
-    {}
+    {
+        m_mark.emplace(io::UnfinishedOutput::Kind::Temporary, m_unfinished.path());
+    }
 
     const FeaturesOptions& m_options;
     const std::string& m_file;
+    std::optional<io::UnfinishedOutput> m_mark; ///< set as long as the folder may be there
     QTemporaryDir m_unfinished;
 };
 
@@ -311,9 +341,11 @@ Error processRun(const FeaturesOptions& options,
     timer.start();
     ZEL_ASSIGN_OR_RETURN(const auto outputs, RunOutputs::open(options, file));
     const QString path = QString::fromStdString(file);
-    ZEL_ASSIGN_OR_RETURN(const auto source, openRunOfOneKind(path, options.selection, 1));
+    ZEL_ASSIGN_OR_RETURN(const auto run, openRunOfOneKind(path, options.selection, 1));
+    const auto source = watched(run, context);
     ZEL_ASSIGN_OR_RETURN(const RunFeatures found,
                          findFeatures(options, path, source.get(), context));
+    tellEmpty(path, found);
     ZEL_RETURN_IF_ERROR(outputs->writeStore(found.masters));
     if (options.tsv) {
         ZEL_RETURN_IF_ERROR(writeTable(found, source.get(), outputs->pathWith(kTableSuffix)));
@@ -336,10 +368,9 @@ Error run(const FeaturesOptions& options, const CommandContext& context)
 {
     Error e;
     ZEL_RETURN_IF_ERROR(prepareOutputs(options));
-    for (const std::string& file : options.files) {
-        ZEL_RETURN_IF_ERROR(processRun(options, file, context));
-    }
-    return e;
+    return forEachRun(options.files, context, [&](const std::string& file) {
+        return processRun(options, file, context);
+    });
 }
 
 } // namespace

@@ -1,10 +1,10 @@
-#include "common/ms_types/ScanReading.h"
 #include "common/stable/NumberText.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/TsvTable.h"
-#include "tools/zel/cli/Command.h"
+#include "tools/zel/cli/Batch.h"
 #include "tools/zel/cli/CommandLine.h"
 #include "tools/zel/cli/RunFile.h"
+#include "tools/zel/cli/WatchedRun.h"
 
 #include <algorithm>
 #include <limits>
@@ -92,39 +92,28 @@ Error addMobility(msreader::MsDataSourceInterface* source, RunSummary& summary)
 /// Reads the whole run once, in the form in which it is stored.
 Result<RunSummary> summarize(const QString& path, const CommandContext& context)
 {
-    constexpr qsizetype chunkSize = msreader::kScansPerChunk;
     Error e;
-    ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path));
+    ZEL_ASSIGN_OR_RETURN(const auto run, openRun(path));
+    const auto source = watched(run, context);
     ZEL_ASSIGN_OR_RETURN(
         const QList<MsScanId> ids,
         source->scanIds(MsQuery::createByTime(math::ClosedMultiInterval<double, 6>::unbounded(),
                                               math::ClosedMultiInterval<double, 10>::unbounded(),
                                               std::nullopt)));
     RunSummary summary;
-    ProgressContext progress(msreader::chunkCount(ids.size()), context.progress);
-    progress.setText(QStringLiteral("Reading %1").arg(path));
-    for (qsizetype start = 0; start < ids.size(); start += chunkSize) {
-        const QList<MsScanId> chunk = ids.mid(start, chunkSize);
-        QList<MsQuery> queries;
-        for (const MsScanId& id : chunk) {
-            queries.append(MsQuery(id, PeakPickingFilter::Profile));
-        }
-        ZEL_ASSIGN_OR_RETURN(const QList<QList<QPointF>> spectra, source->scanData(queries));
-        for (qsizetype i = 0; i < chunk.size(); ++i) {
-            ZEL_ASSIGN_OR_RETURN(const ScanInfo info, source->scanInfo(chunk[i]));
-            addScan(info, spectra[i], summary);
-        }
-        ++progress;
-        if (progress.isCanceled()) {
-            ZEL_RETURN_ERROR(kOperationCanceledError);
-        }
+    const msreader::ScanPass pass(ids.size(), QStringLiteral("Reading ") + path, context.progress);
+    for (const MsScanId& id : ids) {
+        ZEL_ASSIGN_OR_RETURN(const QList<QPointF> points,
+                             source->scanData(MsQuery(id, PeakPickingFilter::Profile)));
+        ZEL_ASSIGN_OR_RETURN(const ScanInfo info, source->scanInfo(id));
+        addScan(info, points, summary);
     }
     ZEL_ASSIGN_OR_RETURN(const bool hasMobility, source->hasMobility());
     if (hasMobility) {
         ZEL_RETURN_IF_ERROR(addMobility(source.get(), summary));
     }
     for (auto& [msLevel, level] : summary) {
-        level.kinds = source->scanKinds(msLevel);
+        level.kinds = run->scanKinds(msLevel);
     }
     return summary;
 }
@@ -220,14 +209,15 @@ Error run(const InfoOptions& options, const CommandContext& context)
         *output << "file\tms_level\tspectra\tpeaks\trt_min\trt_max\tmz_min\tmz_max\tkind\tmobility_"
                    "min\tmobility_max\tpolarity\tfaims_v\tisolation_windows\n";
     }
-    for (const std::string& file : options.files) {
+    const Error failure = forEachRun(options.files, context, [&](const std::string& file) -> Error {
         ZEL_ASSIGN_OR_RETURN(const RunSummary summary,
                              summarize(QString::fromStdString(file), context));
         (options.tsv ? writeRows
                      : writeForReading)(QByteArray::fromStdString(file), summary, *output);
-    }
+        return kNoError;
+    });
     ZEL_RETURN_IF_ERROR(output->commit());
-    return e;
+    return failure;
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "tools/simulate/Simulator.h"
 #include "tools/sources/mzml/MzmlWriter.h"
 #include "tools/zel/cli/Command.h"
+#include "tools/zel/cli/Messages.h"
 #include "tools/zel/cli/SettingOptions.h"
 
 #include <QFileInfo>
@@ -163,7 +164,7 @@ Error run(const SimulateOptions& options, const CommandContext& context)
     Error e;
     const SimulationSettings settings = settingsOf(options);
     for (const std::string& text : adaptedDefaults(options)) {
-        std::cerr << "zel: to suit the run, " << text << '\n';
+        tell(QStringLiteral("to suit the run, ") + QString::fromStdString(text));
     }
     const QString output = QString::fromStdString(options.output);
     msreader::MzmlWriterOptions writer;

@@ -1,13 +1,13 @@
 #include "tools/identifications/SpectrumMatchFile.h"
 #include "tools/io/FileCheck.h"
 #include "tools/io/OutputFile.h"
-#include "tools/zel/cli/Command.h"
+#include "tools/zel/cli/Batch.h"
 #include "tools/zel/cli/CommandLine.h"
+#include "tools/zel/cli/Messages.h"
 #include "tools/zel/targeted/TargetedDiagrams.h"
 #include "tools/zel/targeted/TargetedFeatures.h"
 
 #include <algorithm>
-#include <iostream>
 #include <memory>
 
 namespace zel::tool {
@@ -16,11 +16,6 @@ using identifications::MatchReport;
 using identifications::SpectrumMatchFile;
 
 namespace {
-
-void tell(const QString& text)
-{
-    std::cerr << "zel: " << text.toStdString() << '\n';
-}
 
 QStringList texts(const std::vector<std::string>& values)
 {
@@ -85,7 +80,7 @@ Error readMatches(const TargetedOptions& options, QList<TargetedRun>* runs)
         }
     }
     tellMatches(*runs, report, assignment);
-    if (assignment.usedCount() == 0) {
+    if (assignment.usedCount() == 0 && report.totalCount() > 0) {
         ZEL_RETURN_ERROR(kBadParameterError,
                          QStringLiteral("no match is left to look for in the runs") +
                              QLatin1String(report.count(MatchReport::Reason::OtherRun) > 0
@@ -133,7 +128,12 @@ Error run(const TargetedOptions& options, const CommandContext& context)
     }
     ZEL_RETURN_IF_ERROR(io::checkFiles(files));
     ZEL_ASSIGN_OR_RETURN(const auto table, io::OutputFile::openOrStandardOutput(output));
-    ZEL_ASSIGN_OR_RETURN(QList<TargetedRun> runs, openRuns(texts(options.runs), options.selection));
+    Batch batch(static_cast<qsizetype>(options.runs.size()), context);
+    ZEL_ASSIGN_OR_RETURN(QList<TargetedRun> runs,
+                         openRuns(texts(options.runs), options.selection, context, &batch));
+    if (runs.isEmpty()) {
+        return batch.result();
+    }
     ZEL_RETURN_IF_ERROR(readMatches(options, &runs));
 
     ZEL_ASSIGN_OR_RETURN(const DiagramPage finderPage, DiagramPage::open(finderDiagrams));
@@ -142,16 +142,22 @@ Error run(const TargetedOptions& options, const CommandContext& context)
                              finderPage.libraryPath(),
                              alignmentPage.libraryPath()};
     ZEL_ASSIGN_OR_RETURN(QList<FeaturesByHash> features,
-                         findFeatures(options, drawing, runs, context.progress));
+                         findFeatures(options, drawing, runs, context, &batch));
+    if (batch.failureCount() == static_cast<qsizetype>(options.runs.size())) {
+        return batch.result();
+    }
     ZEL_ASSIGN_OR_RETURN(const AlignmentCounts counts,
                          alignFeatures(options, drawing, &features, context.progress));
 
+    if (isCanceled(context.progress)) {
+        ZEL_RETURN_ERROR(kOperationCanceledError);
+    }
     *table << featureTable(runs, features);
     ZEL_RETURN_IF_ERROR(table->commit());
     ZEL_RETURN_IF_ERROR(finderPage.commit());
     ZEL_RETURN_IF_ERROR(alignmentPage.commit());
     tellFeatures(runs, features, counts);
-    return e;
+    return batch.result();
 }
 
 /// What the single options cannot check by themselves.

@@ -21,6 +21,8 @@ Result<DiagramPage> DiagramPage::open(const QString& path)
                          QStringLiteral("Could not make a temporary folder for %1: %2")
                              .arg(path, page.m_folder->errorString()));
     }
+    page.m_mark = std::make_shared<io::UnfinishedOutput>(io::UnfinishedOutput::Kind::Temporary,
+                                                         page.m_folder->path());
     return page;
 }
 

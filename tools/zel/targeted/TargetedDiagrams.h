@@ -1,6 +1,7 @@
 #pragma once
 
 #include "common/stable/Result.h"
+#include "tools/io/UnfinishedOutput.h"
 #include "tools/zel/targeted/TargetedMatches.h"
 
 #include <QSet>
@@ -28,6 +29,7 @@ public:
 
 private:
     QString m_path;
+    std::shared_ptr<io::UnfinishedOutput> m_mark; ///< set as long as the folder may be there
     std::shared_ptr<QTemporaryDir> m_folder;
 };
 

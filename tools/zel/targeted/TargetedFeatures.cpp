@@ -14,7 +14,6 @@
 
 namespace zel::tool {
 
-using msreader::PeakPickingFilter;
 using PsmsByHash = MsFeatureFinderBase::PsmsByHash;
 
 namespace {
@@ -44,22 +43,22 @@ PsmsByHash takeOut(const QSet<QString>& hashes, PsmsByHash* psms)
     return taken;
 }
 
-Error findInRun(MsFeatureFinderBase* finder,
-                PeakPickingFilter filter,
-                const TargetedRun& run,
-                PsmsByHash* psms,
-                const QSharedPointer<ProgressBarInterface>& progress,
-                FeaturesByHash* features)
+/// The features of the run's ions. \param drawingFinder  for the ions to draw; may be null
+Result<FeaturesByHash> featuresOfRun(const TargetedRun& run,
+                                     const QSet<QString>& drawnHashes,
+                                     MsFeatureFinderBase* finder,
+                                     MsFeatureFinderBase* drawingFinder,
+                                     RunSearch* search)
 {
-    ZEL_ASSIGN_OR_RETURN(
-        const auto found,
-        finder->constructXicWindow(XicWindowFactory(), filter, run.source.get(), psms, progress));
-    for (const std::optional<Ms1Feature>& feature : found) {
-        if (feature) {
-            features->insert(feature->hash(), *feature);
-        }
+    Error e;
+    PsmsByHash psms = run.psms;
+    if (drawingFinder != nullptr) {
+        ZEL_RETURN_IF_ERROR(search->findInOneGo(drawingFinder, takeOut(drawnHashes, &psms)));
     }
-    return kNoError;
+    if (!psms.isEmpty()) {
+        ZEL_RETURN_IF_ERROR(search->find(finder, psms));
+    }
+    return search->features();
 }
 
 /// The features that an ion has in the runs.
@@ -174,9 +173,9 @@ MsFeatureFinderBase* TargetedFinderFactory::create(const MsFeatureFinderSettings
 Result<QList<FeaturesByHash>> findFeatures(const TargetedOptions& options,
                                            const Drawing& drawing,
                                            const QList<TargetedRun>& runs,
-                                           const QSharedPointer<ProgressBarInterface>& progress)
+                                           const CommandContext& context,
+                                           Batch* batch)
 {
-    Error e;
     // A finder draws all that it finds, and writes its page when it goes: one for the ions to draw
     // in all runs, another one for the rest.
     MsFeatureFinderSettings settings = finderSettings(options);
@@ -186,21 +185,19 @@ Result<QList<FeaturesByHash>> findFeatures(const TargetedOptions& options,
     GraphyCollection::instance().setJoinsLines(true); // pages of many ions stay small
     const std::unique_ptr<MsFeatureFinderBase> drawingFinder(
         drawing.finderPath.isEmpty() ? nullptr : factory.create(settings));
-    const auto filter = options.profile ? PeakPickingFilter::Profile : PeakPickingFilter::Centroid;
 
-    QList<FeaturesByHash> featuresOfRuns(runs.size());
-    for (qsizetype i = 0; i < runs.size(); ++i) {
-        progress->setText(QStringLiteral("Finding features in %1").arg(runs[i].name));
-        PsmsByHash psms = runs[i].psms;
-        if (drawingFinder) {
-            PsmsByHash drawn = takeOut(drawing.hashes, &psms);
-            ZEL_RETURN_IF_ERROR(findInRun(
-                drawingFinder.get(), filter, runs[i], &drawn, progress, &featuresOfRuns[i]));
+    QList<FeaturesByHash> featuresOfRuns;
+    for (const TargetedRun& run : runs) {
+        RunSearch search(options, run, context.progress);
+        const Result<FeaturesByHash> features =
+            featuresOfRun(run, drawing.hashes, finder.get(), drawingFinder.get(), &search);
+        if (isCanceled(context.progress)) {
+            ZEL_RETURN_ERROR(kOperationCanceledError);
         }
-        if (!psms.isEmpty()) {
-            ZEL_RETURN_IF_ERROR(
-                findInRun(finder.get(), filter, runs[i], &psms, progress, &featuresOfRuns[i]));
+        if (!features.isOk()) {
+            batch->addFailure(run.path, features.error());
         }
+        featuresOfRuns.append(features.isOk() ? features.value() : FeaturesByHash());
     }
     return featuresOfRuns;
 }

@@ -1,18 +1,13 @@
 #pragma once
 
 #include "ms_feature/finders/MsFeatureFinderFactory.h"
+#include "tools/zel/targeted/RunSearch.h"
 #include "tools/zel/targeted/TargetedDiagrams.h"
-#include "tools/zel/targeted/TargetedMatches.h"
 #include "tools/zel/targeted/TargetedOptions.h"
-
-#include <QMap>
 
 #include <memory>
 
 namespace zel::tool {
-
-/// The features of one run by the hashes of their ions.
-using FeaturesByHash = QMap<QString, Ms1Feature>;
 
 /// Makes the finder that the options name; unlike the library's factory also the second edition.
 class TargetedFinderFactory : public MsFeatureFinderFactory
@@ -29,11 +24,13 @@ private:
     bool m_mergesBeforeScoring;
 };
 
-/// Finds the features of the ions of all runs, run after run.
+/// Finds the features of the ions of all runs, run after run. A run in which the search or the
+/// reading fails goes to the batch, and has none. \return kOperationCanceledError
 Result<QList<FeaturesByHash>> findFeatures(const TargetedOptions& options,
                                            const Drawing& drawing,
                                            const QList<TargetedRun>& runs,
-                                           const QSharedPointer<ProgressBarInterface>& progress);
+                                           const CommandContext& context,
+                                           Batch* batch);
 
 /// What became of the ions that have features in several runs.
 struct AlignmentCounts

@@ -2,7 +2,6 @@
 
 #include "common/stable/NumberText.h"
 #include "tools/identifications/PeptideText.h"
-#include "tools/zel/cli/RunFile.h"
 
 #include <QRegularExpression>
 
@@ -84,23 +83,44 @@ Result<QHash<QString, double>> fragmentTimes(msreader::MsDataSourceInterface* so
     return times;
 }
 
+Result<TargetedRun> openTargetedRun(const QString& path,
+                                    const msreader::RunSelection& selection,
+                                    const CommandContext& context)
+{
+    TargetedRun run;
+    run.path = path;
+    run.name = identifications::runName(path);
+    ZEL_ASSIGN_OR_RETURN(const auto file, openRunOfOneKind(path, selection, 1));
+    run.source = watched(file, context);
+    ZEL_ASSIGN_OR_RETURN(run.times, run.source->retentionTimeRange());
+    return run;
+}
+
 } // namespace
 
 Result<QList<TargetedRun>> openRuns(const QList<QString>& paths,
-                                    const msreader::RunSelection& selection)
+                                    const msreader::RunSelection& selection,
+                                    const CommandContext& context,
+                                    Batch* batch)
 {
+    QSet<QString> names;
     QList<TargetedRun> runs;
     for (const QString& path : paths) {
-        TargetedRun run;
-        run.path = path;
-        run.name = identifications::runName(path);
-        if (std::ranges::find(runs, run.name, &TargetedRun::name) != runs.end()) {
+        const QString name = identifications::runName(path);
+        if (names.contains(name)) {
             ZEL_RETURN_ERROR(kBadParameterError,
-                             QStringLiteral("two runs are called %1").arg(run.name));
+                             QStringLiteral("two runs are called %1").arg(name));
         }
-        ZEL_ASSIGN_OR_RETURN(run.source, openRunOfOneKind(path, selection, 1));
-        ZEL_ASSIGN_OR_RETURN(run.times, run.source->retentionTimeRange());
-        runs.append(run);
+        names.insert(name);
+        const Result<TargetedRun> run = openTargetedRun(path, selection, context);
+        if (isCanceled(context.progress)) {
+            ZEL_RETURN_ERROR(kOperationCanceledError);
+        }
+        if (run.isOk()) {
+            runs.append(run.value());
+        } else {
+            batch->addFailure(path, run.error());
+        }
     }
     return runs;
 }

@@ -3,7 +3,9 @@
 #include "ms_feature/finders/MsFeatureFinderBase.h"
 #include "tools/identifications/MatchReport.h"
 #include "tools/identifications/SpectrumMatch.h"
-#include "tools/sources/mzml/MzmlDataSource.h"
+#include "tools/zel/cli/Batch.h"
+#include "tools/zel/cli/RunFile.h"
+#include "tools/zel/cli/WatchedRun.h"
 
 #include <QHash>
 #include <QList>
@@ -16,15 +18,18 @@ struct TargetedRun
 {
     QString path;
     QString name; ///< see identifications::runName
-    QSharedPointer<msreader::MzmlDataSource> source;
+    QSharedPointer<msreader::WatchedDataSource> source;
     math::ClosedMultiInterval<double, 6> times; ///< minutes
     MsFeatureFinderBase::PsmsByHash psms;
 };
 
-/// Opens the runs. \return the failures of the files; kBadParameterError for two runs of one name,
-/// between which matches could not choose, and for a run of several kinds of MS1 scans
+/// Opens the runs that can be opened and hold MS1 scans, all of one kind; the others go to the
+/// batch. \return kBadParameterError for two runs of one name, between which matches could not
+/// choose; kOperationCanceledError
 Result<QList<TargetedRun>> openRuns(const QList<QString>& paths,
-                                    const msreader::RunSelection& selection);
+                                    const msreader::RunSelection& selection,
+                                    const CommandContext& context,
+                                    Batch* batch);
 
 /// Hands spectrum matches to the runs that they name, as the library wants them: grouped by the
 /// hash of their ion.

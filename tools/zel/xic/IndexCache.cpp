@@ -1,6 +1,7 @@
 #include "tools/zel/xic/IndexCache.h"
 
 #include "common/ms_types/MsDataSourceInterface.h"
+#include "tools/io/UnfinishedOutput.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -103,6 +104,7 @@ QString keep(const TurboXic& index, const QString& path, const CacheState& state
     if (state.kind == CacheState::Untouched) {
         return QStringLiteral("built the index in memory: ") + state.reason;
     }
+    const io::UnfinishedOutput mark(io::UnfinishedOutput::Kind::SaveFile, path);
     const Error e = index.save(path);
     if (e.hasError()) {
         return QStringLiteral("built the index in memory: could not write %1: %2")

@@ -2,14 +2,15 @@
 #include "tools/io/FileCheck.h"
 #include "tools/io/OutputFile.h"
 #include "tools/io/TsvTable.h"
-#include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/CommandLine.h"
+#include "tools/zel/cli/Messages.h"
 #include "tools/zel/cli/RunFile.h"
+#include "tools/zel/cli/WatchedRun.h"
+#include "tools/zel/xic/EmptyAnswers.h"
 #include "tools/zel/xic/XicExtraction.h"
 
 #include <QFileInfo>
 
-#include <iostream>
 #include <memory>
 #include <vector>
 
@@ -47,7 +48,12 @@ using TimeSet = math::ClosedMultiInterval<double, 6>;
 Result<QList<XicTarget>> targetsOf(const XicOptions& options)
 {
     if (!options.windows.empty()) {
-        return readXicWindows(QString::fromStdString(options.windows));
+        const QString path = QString::fromStdString(options.windows);
+        ZEL_ASSIGN_OR_RETURN(QList<XicTarget> windows, readXicWindows(path));
+        if (windows.isEmpty()) {
+            tell(path + QStringLiteral(": the table holds no windows"));
+        }
+        return windows;
     }
     const TimeSet time = options.rt.empty() ? TimeSet::unbounded() : parseTimeRange(options.rt);
     QList<XicTarget> targets;
@@ -81,12 +87,12 @@ Result<IsotopeTarget> isotopeTargetOf(const XicOptions& options,
 Result<QList<NamedXic>> extract(const XicOptions& options,
                                 const QList<XicTarget>& targets,
                                 int largestScan,
-                                msreader::MsDataSourceInterface* source,
-                                const QSharedPointer<ProgressBarInterface>& progress)
+                                msreader::WatchedDataSource* source,
+                                const QSharedPointer<msreader::ScanProgress>& progress)
 {
     if (!options.isotopes.empty()) {
         ZEL_ASSIGN_OR_RETURN(const IsotopeTarget target, isotopeTargetOf(options, source));
-        return extractIsotopes(target, source);
+        return extractIsotopes(target, source, progress);
     }
     if (options.turbo) {
         QStringList notes;
@@ -99,7 +105,7 @@ Result<QList<NamedXic>> extract(const XicOptions& options,
                                      progress,
                                      &notes);
         for (const QString& note : std::as_const(notes)) {
-            std::cerr << "zel: " << note.toStdString() << '\n';
+            tell(note);
         }
         return xics;
     }
@@ -148,14 +154,19 @@ Error run(const XicOptions& options, const CommandContext& context)
             plot, io::OutputFile::openOrStandardOutput(QString::fromStdString(options.plot)));
     }
     const QString path = QString::fromStdString(options.file);
-    ZEL_ASSIGN_OR_RETURN(const auto source,
+    ZEL_ASSIGN_OR_RETURN(const auto run,
                          openRunOfOneKind(path, options.selection, options.msLevel));
+    const auto source = watched(run, context);
     ZEL_ASSIGN_OR_RETURN(const QList<NamedXic> xics,
                          extract(options,
                                  targets,
-                                 static_cast<int>(source->largestPointCount(1)),
+                                 static_cast<int>(run->largestPointCount(1)),
                                  source.get(),
                                  context.progress));
+    if (isCanceled(context.progress)) { // not every road passes it on
+        ZEL_RETURN_ERROR(kOperationCanceledError);
+    }
+    tellEmptyXics(xics, source.get());
 
     writeTable(xics, *table);
     ZEL_RETURN_IF_ERROR(table->commit());

@@ -25,7 +25,9 @@ Result<QList<QPointF>> retrieveTarget(const TurboXic& index, const XicTarget& ta
     // Scans of one time stay apart: the second number counts them.
     std::map<std::pair<double, int>, double> sums;
     for (const XicDimensions& box : target.members) {
-        ZEL_ASSIGN_OR_RETURN(const QList<QPointF> xic, index.retrieveXic(box));
+        ZEL_ASSIGN_OR_RETURN(QList<QPointF> xic, index.retrieveXic(box));
+        // Where no scan lies in the times, the index gives the one beside them.
+        xic.removeIf([&box](const QPointF& p) { return !box.timeInterval().contains(p.x()); });
         if (target.members.size() == 1) {
             return xic;
         }
@@ -46,7 +48,7 @@ Result<QList<QPointF>> retrieveTarget(const TurboXic& index, const XicTarget& ta
 
 Result<QList<NamedXic>> extractInBulk(const QList<XicTarget>& targets,
                                       const ScanSelection& scans,
-                                      msreader::MsDataSourceInterface* source,
+                                      msreader::WatchedDataSource* source,
                                       const QSharedPointer<ProgressBarInterface>& progress)
 {
     QList<QList<XicDimensions>> groups;
@@ -66,8 +68,8 @@ Result<QList<NamedXic>> extractInBulk(const QList<XicTarget>& targets,
 
 Result<QList<NamedXic>> extractFromIndex(const QList<XicTarget>& targets,
                                          const IndexOptions& options,
-                                         msreader::MsDataSourceInterface* source,
-                                         const QSharedPointer<ProgressBarInterface>& progress,
+                                         msreader::WatchedDataSource* source,
+                                         const QSharedPointer<msreader::ScanProgress>& progress,
                                          QStringList* notes)
 {
     TurboXicSettings settings;
@@ -79,7 +81,8 @@ Result<QList<NamedXic>> extractFromIndex(const QList<XicTarget>& targets,
                           .arg(settings.maxIonCount)
                           .arg(options.largestScan));
     }
-    progress->setText(QStringLiteral("Building the index"));
+    ZEL_ASSIGN_OR_RETURN(const auto ids, source->scanIds(msreader::MsQuery::createByMsLevel(1)));
+    const msreader::ScanPass pass(ids.size(), QStringLiteral("Building the index"), progress);
     ZEL_ASSIGN_OR_RETURN(
         const RunIndex run,
         indexOfRun(settings, options.cacheDirectory, options.selection, source, progress));
@@ -99,8 +102,22 @@ Result<QList<NamedXic>> extractFromIndex(const QList<XicTarget>& targets,
 }
 
 Result<QList<NamedXic>> extractIsotopes(const IsotopeTarget& target,
-                                        msreader::MsDataSourceInterface* source)
+                                        msreader::WatchedDataSource* source,
+                                        const QSharedPointer<msreader::ScanProgress>& progress)
 {
+    const QString name = QStringLiteral("mass_%1_%2+")
+                             .arg(QString::fromLatin1(roundTripText(target.neutralMass)),
+                                  QString::number(target.charge));
+    const auto inTimes = msreader::MsQuery::createByTime(
+        target.time, math::ClosedMultiInterval<double, 10>::unbounded(), 1);
+    ZEL_ASSIGN_OR_RETURN(const auto ids, source->scanIds(inTimes));
+    if (ids.isEmpty()) { // nothing to fold
+        return QList<NamedXic>{{name, {}}};
+    }
+    ZEL_ASSIGN_OR_RETURN(const auto all, source->scanIds(msreader::MsQuery::createByMsLevel(1)));
+    // Two forms of the ion, and the base peaks of the whole run.
+    const msreader::ScanPass pass(
+        2 * ids.size() + all.size(), QStringLiteral("Extracting isotopes"), progress);
     const auto aggregation = target.harmonicMean ? MultiIsotopeXic::XicAggregationWhm
                                                  : MultiIsotopeXic::XicAggregationSum;
     ZEL_ASSIGN_OR_RETURN(const QList<QPointF> xic,
@@ -115,9 +132,6 @@ Result<QList<NamedXic>> extractIsotopes(const IsotopeTarget& target,
                                                source,
                                                aggregation,
                                                target.isDeamidated));
-    const QString name = QStringLiteral("mass_%1_%2+")
-                             .arg(QString::fromLatin1(roundTripText(target.neutralMass)),
-                                  QString::number(target.charge));
     return QList<NamedXic>{{name, xic}};
 }
 

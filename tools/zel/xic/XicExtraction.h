@@ -1,7 +1,7 @@
 #pragma once
 
 #include "common/ms_types/MsDataSourceInterface.h"
-#include "common/stable/Progress.h"
+#include "tools/sources/decorators/WatchedDataSource.h"
 #include "tools/zel/xic/ChromatogramPlot.h"
 #include "tools/zel/xic/XicWindows.h"
 
@@ -21,7 +21,7 @@ struct ScanSelection
 /// In one pass over the scans.
 Result<QList<NamedXic>> extractInBulk(const QList<XicTarget>& targets,
                                       const ScanSelection& scans,
-                                      msreader::MsDataSourceInterface* source,
+                                      msreader::WatchedDataSource* source,
                                       const QSharedPointer<ProgressBarInterface>& progress);
 
 /// How an index is made.
@@ -33,12 +33,13 @@ struct IndexOptions
     QString selection;      ///< RunSelection::name() of the source
 };
 
-/// Out of an index of the run's MS1 centroids.
+/// Out of an index of the run's MS1 centroids. Like the bulk road it gives the scans inside the
+/// times of a window and no others.
 /// \param notes  receives lines for the user: what was left out, where the index came from
 Result<QList<NamedXic>> extractFromIndex(const QList<XicTarget>& targets,
                                          const IndexOptions& options,
-                                         msreader::MsDataSourceInterface* source,
-                                         const QSharedPointer<ProgressBarInterface>& progress,
+                                         msreader::WatchedDataSource* source,
+                                         const QSharedPointer<msreader::ScanProgress>& progress,
                                          QStringList* notes);
 
 /// An ion whose isotopes are folded into one chromatogram.
@@ -53,7 +54,9 @@ struct IsotopeTarget
     bool isDeamidated = false;
 };
 
+/// Without a scan in the times the chromatogram has no points.
 Result<QList<NamedXic>> extractIsotopes(const IsotopeTarget& target,
-                                        msreader::MsDataSourceInterface* source);
+                                        msreader::WatchedDataSource* source,
+                                        const QSharedPointer<msreader::ScanProgress>& progress);
 
 } // namespace zel::tool

@@ -1,9 +1,10 @@
 #include "common/stable/NumberText.h"
 #include "tools/io/FileCheck.h"
 #include "tools/io/OutputFile.h"
-#include "tools/zel/cli/Command.h"
 #include "tools/zel/cli/CommandLine.h"
+#include "tools/zel/cli/Messages.h"
 #include "tools/zel/cli/RunFile.h"
+#include "tools/zel/cli/WatchedRun.h"
 #include "turbo/xim/TurboXim.h"
 
 #include <QMap>
@@ -36,13 +37,22 @@ struct Frame
     QMap<int, double> mobilities;
 };
 
-Result<Frame> readFrame(msreader::MsDataSourceInterface* source, long long d1)
+Result<Frame> readFrame(msreader::WatchedDataSource* source,
+                        long long d1,
+                        const CommandContext& context)
 {
     ZEL_ASSIGN_OR_RETURN(const bool hasMobility, source->hasMobility());
+    const QString path = source->dataSourceInformation().filePath;
     if (!hasMobility) {
-        ZEL_RETURN_ERROR(
-            kBadParameterError,
-            QStringLiteral("%1 has no ion mobility").arg(source->dataSourceInformation().filePath));
+        ZEL_RETURN_ERROR(kBadParameterError, path + QStringLiteral(" has no ion mobility"));
+    }
+    ZEL_ASSIGN_OR_RETURN(const auto frames, source->d1Range());
+    if (!frames.contains(d1)) {
+        ZEL_RETURN_ERROR(kBadParameterError,
+                         path + QStringLiteral(" has no frame %1: they count from %2 to %3")
+                                    .arg(d1)
+                                    .arg(*frames.minimum())
+                                    .arg(*frames.maximum()));
     }
     ZEL_ASSIGN_OR_RETURN(const auto info, source->scanInfo(MsScanId(d1)));
     const auto time =
@@ -51,6 +61,8 @@ Result<Frame> readFrame(msreader::MsDataSourceInterface* source, long long d1)
         time, math::ClosedMultiInterval<double, 10>::unbounded(), info.msLevel);
     ZEL_ASSIGN_OR_RETURN(const QList<MsScanId> ids, source->scanIds(everyScan.setD2({})));
     Frame frame;
+    const msreader::ScanPass pass(
+        ids.size(), QStringLiteral("Reading frame %1").arg(d1), context.progress);
     for (const MsScanId& id : ids) {
         if (id.d1 != d1) {
             continue; // another frame of the same time
@@ -104,21 +116,26 @@ Result<QList<QPointF>> mobilogram(const Frame& frame, const Interval<double>& mz
     return xim;
 }
 
-Error run(const XimOptions& options, const CommandContext& /*context*/)
+Error run(const XimOptions& options, const CommandContext& context)
 {
     Error e;
     const QString path = QString::fromStdString(options.file);
     const QString outputPath = QString::fromStdString(options.output);
     ZEL_RETURN_IF_ERROR(io::checkFiles({{path}, {outputPath}}));
     ZEL_ASSIGN_OR_RETURN(const auto output, io::OutputFile::openOrStandardOutput(outputPath));
-    ZEL_ASSIGN_OR_RETURN(const auto source, openRun(path, options.selection));
-    ZEL_ASSIGN_OR_RETURN(const Frame frame, readFrame(source.get(), options.frame));
+    ZEL_ASSIGN_OR_RETURN(const auto run, openRun(path, options.selection));
+    const auto source = watched(run, context);
+    ZEL_ASSIGN_OR_RETURN(const Frame frame, readFrame(source.get(), options.frame, context));
     if (frame.scans.isEmpty()) {
         ZEL_RETURN_ERROR(kBadParameterError,
                          QStringLiteral("%1: frame %2 has no mobility scans")
                              .arg(path, QString::number(options.frame)));
     }
     ZEL_ASSIGN_OR_RETURN(const QList<QPointF> xim, mobilogram(frame, parseMzRange(options.mz)));
+    if (std::ranges::none_of(xim, [](const QPointF& point) { return point.y() != 0.0; })) {
+        tell(QStringLiteral("there is no signal in m/z %1 of frame %2")
+                 .arg(QString::fromStdString(options.mz), QString::number(options.frame)));
+    }
     *output << "scan\tmobility\tintensity\n";
     for (const QPointF& point : xim) {
         const int scan = static_cast<int>(point.x());
