@@ -60,7 +60,7 @@ bool isWhole(double count)
     return count == std::floor(count);
 }
 
-/// How many peaks hold the distribution: all of them, or mean + 7 sigma + 12, behind which less
+/// How many peaks hold the distribution: all of them, or mean + 7 sigma + 12, beyond which less
 /// than 1e-9 is left. Negative when a count is none.
 double peakCountOf(std::span<const ElementAmount> composition)
 {

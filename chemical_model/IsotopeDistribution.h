@@ -20,7 +20,7 @@ namespace chem {
 ///
 /// which is exact and holds for fractional n too (Euler; the same idea for whole molecules is
 /// BRAIN, Claesen et al. 2012, doi:10.1007/s13361-011-0326-2). As long as k <= n all its terms are
-/// positive, so nothing cancels; behind that, whole powers are multiplied out instead. Works on
+/// positive, so nothing cancels; beyond that, whole powers are multiplied out instead. Works on
 /// scaled values, so that p_0^n may be far below the smallest double.
 ///
 /// All functions are pure and safe to call from several threads.
@@ -39,14 +39,14 @@ using IsotopeProbabilities = QVarLengthArray<double, 64>;
 inline constexpr int kMaxIsotopePeakCount = 10000;
 
 /// Writes the probabilities of the isotopologues by mass number, from the one of the lightest
-/// isotopes upwards. They sum to 1; what lies behind the end is below 1e-9. A fractional amount can
+/// isotopes upwards. They sum to 1; what lies beyond the end is below 1e-9. A fractional amount can
 /// give a tiny negative value far out, which is written as 0.
 /// \return kBadParameterError for a count that is negative or not finite, or for a distribution of
 ///         more than kMaxIsotopePeakCount peaks
 ZEL_EXPORT zel::Error aggregatedIsotopeDistribution(std::span<const ElementAmount> composition,
                                                     IsotopeProbabilities* probabilities);
 
-/// Cuts a pattern behind the peak that takes its running sum above 99.99 % of the whole, but not
+/// Cuts a pattern after the peak that takes its running sum above 99.99 % of the whole, but not
 /// before the fifth; peaks of probability 0 at its end go. With `normalize` what is left sums to 1.
 ZEL_EXPORT void cutIsotopePattern(IsotopeProbabilities* probabilities, bool normalize);
 

@@ -24,7 +24,7 @@ ZEL_EXPORT void generateLinearFragments(const MoleculeComplex& complex,
                                         QList<SimpleFragment>& fragments);
 
 /// The same, of the types in `types` only, over the elements of `buffer` from its front, whose
-/// texts keep their memory; for loops over many peptides. The list only grows: elements behind the
+/// texts keep their memory; for loops over many peptides. The list only grows: elements after the
 /// returned count are stale.
 /// \return the number of fragments
 ZEL_EXPORT qsizetype generateLinearFragments(const MoleculeComplex& complex,

@@ -37,7 +37,7 @@ public:
     bool atEnd() const { return m_position == m_text.size(); }
     qsizetype position() const { return m_position; }
 
-    /// A capital letter and the small ones behind it.
+    /// A capital letter and the small ones after it.
     QStringView readSymbol()
     {
         const qsizetype start = m_position;
@@ -48,7 +48,7 @@ public:
         return m_text.sliced(start, m_position - start);
     }
 
-    /// The count behind a symbol, 1 when there is none; nothing when it is malformed or too large.
+    /// The count after a symbol, 1 when there is none; nothing when it is malformed or too large.
     std::optional<std::int64_t> readCount()
     {
         std::optional<std::int64_t> count = 1;

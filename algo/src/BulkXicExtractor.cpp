@@ -137,7 +137,7 @@ public:
         , m_end(runs.end())
     {}
 
-    /// Moves on to `scan`, which must be the one behind the last.
+    /// Moves on to `scan`, which must be the one after the last.
     const std::vector<ScanRun>& advanceTo(qsizetype scan)
     {
         std::erase_if(m_active, [scan](const ScanRun& run) { return run.lastScan < scan; });

@@ -7,7 +7,7 @@
 2. Agreement both ways with the features of two programs of OpenMS 2.6 (Debian package topp): same charge, masses within
    10 ppm, the apex of one inside the limits of the other or 5 s beside them. Features below 500 Da, which zel features
    does not report by default, are left out. Features that no program of OpenMS shares
-   are told by what they are like: how strong, and how many of their masses are those of peptides, which lie close to
+   are described by what they are like: how strong, and how many of their masses are those of peptides, which lie close to
    1.000495 Da times a whole number. 30 % would by chance.
 
 usage: real_features.py ZEL DATA_FOLDER [--work DIR] [--details] [--with "OPTIONS of zel features"]
@@ -274,7 +274,7 @@ def main():
     parser.add_argument("zel")
     parser.add_argument("data")
     parser.add_argument("--work", help="folder for unpacked runs and results, kept; one that is removed if not given")
-    parser.add_argument("--details", action="store_true", help="tell what is wrong")
+    parser.add_argument("--details", action="store_true", help="say what is wrong")
     parser.add_argument("--with", dest="options", default="", type=shlex.split, help="options of zel features")
     arguments = parser.parse_args()
     with tempfile.TemporaryDirectory() as temporary:

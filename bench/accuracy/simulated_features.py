@@ -10,7 +10,7 @@ have. In a mobility run a frame counts when the isotope does so in at least as m
 have there. Such an isotope is covered when, at the apex of its ion, the instrument cannot resolve it from a stronger
 peak of another ion, closer than the width of a peak at half height. All follows from the truth: amount, isotope
 pattern, elution and mobility profile. The goal is set for ions with three isotopes that are not covered; how many
-of all are found is told, too.
+of all are found is given, too.
 
 usage: simulated_features.py ZEL [--work DIR] [--only NAME] [--misses] [--with "OPTIONS of zel features"]
 """
@@ -124,7 +124,7 @@ class Visibility:
 
 
 class Peaks:
-    """All isotope peaks of a run by m/z; tells which ones a stronger one covers."""
+    """All isotope peaks of a run by m/z; knows which ones a stronger one covers."""
 
     def __init__(self, ions, visibility, resolving_power, is_orbitrap):
         self.visibility = visibility
@@ -325,7 +325,7 @@ def main():
     parser.add_argument("zel")
     parser.add_argument("--work", help="folder for runs and results, kept; one that is removed if not given")
     parser.add_argument("--only", default="", help="the runs whose names hold this text")
-    parser.add_argument("--misses", action="store_true", help="tell what is wrong")
+    parser.add_argument("--misses", action="store_true", help="say what is wrong")
     parser.add_argument("--with", dest="options", default="", type=shlex.split, help="options of zel features")
     arguments = parser.parse_args()
     print("runs\tions\tto be found\tfound %\tfound, covered ones too, %\treported\tfalse %\tmass error ppm\tits spread\tgoals met")

@@ -26,7 +26,7 @@ import subprocess
 import tempfile
 
 ISOTOPE_MASSES = [1800, 3000, 5000, 8000, 10000, 20000, 40000, 80000]  # of the default --isotope-selector
-# What `zel simulate` does unless it is told otherwise.
+# What `zel simulate` does unless it is set otherwise.
 LEAST_INTENSITY = 5000.0
 INTENSITY_NOISE = 0.05
 INTENSITY_PER_ION = 1000.0

@@ -82,7 +82,7 @@ std::vector<long double> exactPattern(double mass, std::size_t peakCount)
 }
 
 /// The counter `largestError` is the largest difference of a share of the model from the exact one,
-/// both scaled to the same peaks; `largestCut` the largest part of a pattern behind its cut.
+/// both scaled to the same peaks; `largestCut` the largest part of a pattern beyond its cut.
 void averagineError(benchmark::State& state)
 {
     const AveragineIsotopeModel& model = AveragineIsotopeModel::senko();

@@ -1,4 +1,4 @@
-// How many slices a second one core tells the charge and the monoisotopic offset of.
+// How many slices a second one core determines the charge and the monoisotopic offset of.
 
 #include "common/core_mini/src/algo/networks/ChargeDeterminatorNN.h"
 #include "common/core_mini/src/algo/networks/MonoisotopeDeterminatorNN.h"

@@ -8,7 +8,7 @@ namespace zel {
 class ZEL_EXPORT MemoryInfo
 {
 public:
-    /// The greatest resident set size so far, in bytes; 0 where the platform does not tell.
+    /// The greatest resident set size so far, in bytes; 0 where the platform does not say.
     unsigned long long peakProcessWorkingSet() const;
 };
 

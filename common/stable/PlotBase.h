@@ -68,7 +68,7 @@ public:
     /// Replaces the file as a whole or not at all. \return kFileOpenError or kError
     virtual Error saveDataToFile(const QString& path) const;
 
-    /// Appends the point, or, with `sorted`, inserts it behind the last point whose x is not above
+    /// Appends the point, or, with `sorted`, inserts it after the last point whose x is not above
     /// its own.
     void addPoint(const QPointF& point, bool sorted = false);
 
@@ -77,20 +77,20 @@ public:
     const QList<QPointF>& getPointList() const { return m_points; }
     int getPointListSize() const { return static_cast<int>(m_points.size()); }
 
-    /// The point at `index`; (0, 0) outside the list. `ok`, unless null, tells whether there is
+    /// The point at `index`; (0, 0) outside the list. `ok`, unless null, says whether there is
     /// one.
     QPointF getPoint(int index, bool* ok) const;
 
-    /// The point of greatest y, the first of equals; (0, 0) when empty.
+    /// The point of greatest y, the first of equal ones; (0, 0) when empty.
     QPointF getMaxPoint() const;
 
-    /// The point of greatest y with start <= x <= end, the first of equals; (0, 0) when there is
-    /// none.
+    /// The point of greatest y with start <= x <= end, the first of equal ones; (0, 0) when there
+    /// is none.
     QPointF getMaxTimeIntensity(double start, double end) const;
 
-    /// The lowest and the highest point with start <= x <= end, the first of equals each. Either
-    /// output may be null. \return false, with the outputs untouched, when there is no point in the
-    /// range
+    /// The lowest and the highest point with start <= x <= end, the first of equal ones each.
+    /// Either output may be null.
+    /// \return false, with the outputs untouched, when there is no point in the range
     bool getMinMaxPoints_slow(double start, double end, QPointF* min, QPointF* max) const;
 
     /// Writes the indices of the local maxima into `out`, ascending, after clearing it. A maximum
@@ -108,8 +108,9 @@ public:
     double evaluate(double x, int order = 1, int beyond = 0) const;
 
     /// The area under the plot between the limits, in the plot's own units. An empty or inverted
-    /// range has none. \param cutAtLimits  true: the line is cut at the limits; false: only whole
-    /// segments between points count
+    /// range has none.
+    /// \param cutAtLimits  true: the line is cut at the limits; false: only whole segments between
+    ///                     points count
     double computeAreaNoUnitConversion(double start,
                                        double end,
                                        bool cutAtLimits,

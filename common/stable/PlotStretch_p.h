@@ -76,7 +76,7 @@ struct PlotStretch
     double start = 0.0;
     double end = 0.0;
     PointIterator first; ///< the first point with x not below `start`
-    PointIterator last;  ///< behind the last point with x not above `end`, but not ahead of `first`
+    PointIterator last;  ///< after the last point with x not above `end`, but not ahead of `first`
 };
 
 /// Walks along a plot from left to right in stretches, each of which starts and ends not ahead of

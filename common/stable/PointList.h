@@ -37,8 +37,9 @@ ZEL_EXPORT int removeLowIntensePoints(QList<QPointF>& points, int maxCount, bool
 
 /// Smooths y in place by a Gaussian kernel over x, normalised at each point, so that unevenly
 /// spaced points and the ends keep their level (Nadaraya 1964, Watson 1964). The kernel is cut off
-/// at 4 sigma. \param sigma  standard deviation of the kernel, in units of x \return
-/// kBadParameterError unless sigma is positive and finite; the plot is then unchanged
+/// at 4 sigma.
+/// \param sigma  standard deviation of the kernel, in units of x
+/// \return kBadParameterError unless sigma is positive and finite; the plot is then unchanged
 ZEL_EXPORT Error gaussianSmooth(PlotBase& plot, double sigma);
 
 } // namespace zel

@@ -24,7 +24,6 @@ public:
         : m_held(std::in_place_index<kValueIndex>, value)
     {}
     Result(Error&& error)
-        // any type
         : m_held(std::in_place_index<kErrorIndex>, std::move(error))
     {
         Warnings::resetWarningsInternal(heldError().warnings());

@@ -9,10 +9,9 @@ namespace zel {
 /// Formatting state of a nested text dump: the text at the start of each line and the precision of
 /// real numbers.
 ///
-/// A dump of a record writes to a `QTextStream` with
-/// `setRealNumberPrecision(state.realNumberPrecision(stream .realNumberPrecision()))` and gives
-/// each field a line break, `newLinePrefix()`, "name:" and the value; a nested record is dumped
-/// with `extendPrefix("    ")`.
+/// A dump of a record writes to a `QTextStream` whose precision `realNumberPrecision` gives, and
+/// gives each field a line break, `newLinePrefix()`, "name:" and the value; a nested record is
+/// dumped with `extendPrefix("    ")`.
 class ZEL_EXPORT StringifierState
 {
 public:

@@ -23,7 +23,7 @@ Result<double> peptideMass(const QString& sequence, double shiftsDa);
 /// The name of a run by its file: without folder and without the usual suffixes of spectra files.
 QString runName(const QString& path);
 
-/// A score by its value in a file: with its sign turned when the name tells that small values are
+/// A score by its value in a file: with its sign turned when the name says that small values are
 /// good ones, as those of expectation values, q-values and probabilities of errors do.
 double scoreOf(const QString& name, double value);
 

@@ -7,7 +7,7 @@
 
 namespace zel::identifications {
 
-// The readers behind readSpectrumMatches, which see.
+// The readers that readSpectrumMatches calls; see there.
 
 enum class IdentFormat { MzIdentMl, PepXml };
 

@@ -10,7 +10,7 @@ namespace {
 using std::numbers::inv_sqrtpi;
 using std::numbers::sqrt2;
 
-/// Below this ratio of tau to sigma the tail cannot be told from none.
+/// Below this ratio of tau to sigma the tail cannot be distinguished from none.
 constexpr double kNoTail = 1e-6;
 
 /// exp(z^2) erfc(z) for z >= 0.

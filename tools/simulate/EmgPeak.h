@@ -27,7 +27,7 @@ public:
     /// Where, before the apex, the height is this fraction of the apex height; negative.
     /// \param fraction  in [1e-7, 1)
     double start(double fraction) const;
-    /// The same behind the apex; positive.
+    /// The same after the apex; positive.
     double end(double fraction) const;
 
 private:

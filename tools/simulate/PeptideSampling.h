@@ -12,7 +12,7 @@ namespace zel::simulate {
 /// A common residue, drawn with the frequency that it has in proteins.
 QChar randomResidue(RandomStream& random);
 
-/// The peptides of trypsin: cut behind K and R but not before P (Keil rule). Those within the
+/// The peptides of trypsin: cut after K and R but not before P (Keil rule). Those within the
 /// limits of length and of missed cleavages, of the twenty common residues only, each once, in the
 /// order of their first appearance.
 QStringList digest(const QStringList& proteins, const SimulationSettings& settings);

@@ -104,7 +104,7 @@ std::vector<Signal> ScanRenderer::profileOf(const std::vector<Signal>& peaks) co
         const double centre = gridPosition(peak.mz);
         const double first = std::ceil(centre - kProfileSigmas * sigma);
         const double last = std::floor(centre + kProfileSigmas * sigma);
-        // As the peaks ascend, the points at `first` and behind it are the last ones in the list,
+        // As the peaks ascend, the points at `first` and after it are the last ones in the list,
         // without a gap.
         const double stored = points.empty() ? first - 1.0 : points.back().mz;
         auto index = points.size() - static_cast<std::size_t>(std::max(0.0, stored - first + 1.0));

@@ -17,7 +17,7 @@ struct Signal
     double intensity = 0.0;
 };
 
-/// Turns the signals of a scan into what the instrument records: peaks that it cannot tell apart
+/// Turns the signals of a scan into what the instrument records: peaks that it cannot resolve
 /// become one, noise is added, and what is too low is left out.
 class ScanRenderer
 {

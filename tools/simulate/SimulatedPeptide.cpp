@@ -20,7 +20,7 @@ namespace {
 struct Margins
 {
     double before; ///< minutes
-    double behind; ///< minutes
+    double after;  ///< minutes
 };
 
 double widthAtHalfHeight(const EmgPeak& shape)
@@ -30,8 +30,8 @@ double widthAtHalfHeight(const EmgPeak& shape)
 
 Margins marginsOf(const SimulationSettings& settings)
 {
-    // The random numbers behind width and jitter end at three standard deviations. A Gaussian has
-    // 1e-6 of its height at 5.3 sigma, an exponential at 14 time constants.
+    // The random numbers that make width and jitter end at three standard deviations. A Gaussian
+    // has 1e-6 of its height at 5.3 sigma, an exponential at 14 time constants.
     const double widest = std::exp(3.0 * settings.peakWidthSpread) / kSecondsPerMinute;
     const double shift =
         settings.driftMinutes + 3.0 * settings.retentionJitterSeconds / kSecondsPerMinute;
@@ -127,8 +127,8 @@ Result<SimulatedPeptide> drawPeptide(const QString& sequence,
         peptide.isotopeFractions.append(isotope.y());
     }
     const Margins margins = marginsOf(settings);
-    peptide.apexMinutes = random.uniform(settings.startMinutes + margins.before,
-                                         settings.endMinutes - margins.behind);
+    peptide.apexMinutes =
+        random.uniform(settings.startMinutes + margins.before, settings.endMinutes - margins.after);
     const double width =
         std::exp(settings.peakWidthSpread * random.boundedNormal()) / kSecondsPerMinute;
     peptide.shape = EmgPeak(settings.peakSigmaSeconds * width, settings.peakTailSeconds * width);
@@ -191,7 +191,7 @@ double typicalMobility(double mass, int charge)
 double leastRunMinutes(const SimulationSettings& settings)
 {
     const Margins margins = marginsOf(settings);
-    return margins.before + margins.behind;
+    return margins.before + margins.after;
 }
 
 Result<std::vector<SimulatedPeptide>> drawPeptides(const SimulationSettings& settings)

@@ -8,11 +8,10 @@ namespace zel::msreader {
 /// A data source over an index of scans: everything but the reading of points.
 ///
 /// What it says on top of the contract:
-/// - A query without `setD2` selects whole frames, as ids with `d1` alone. On a source with
-/// mobility
-///   the spectrum of a frame is the sum of its mobility scans: all points ascending in m/z, points
-///   of exactly equal m/z added up. With `setD2` a query selects single mobility scans inside the
-///   range; a scan without `d2` is then never selected.
+/// - A query without `setD2` selects whole frames, as ids with `d1` alone. The spectrum of a frame
+///   with mobility is the sum of its mobility scans: all points ascending in m/z, points of exactly
+///   equal m/z added up. With `setD2` a query selects single mobility scans inside the range; a
+///   scan without `d2` is then never selected.
 /// - The spectrum of a query by conditions is the sum of the spectra of all scans that it selects;
 ///   empty when it selects none.
 /// - `Centroid` asked of profile points is answered by peak picking (PeakPicker.h), on the sum of

@@ -21,7 +21,7 @@ constexpr double kMaxValleyRatio = 0.85;
 constexpr double kGapRatio = 2.5;
 /// "Nearby" are the steps of a block of this many and of its two neighbour blocks.
 constexpr std::size_t kStepBlockSize = 32;
-/// The samples of a peak that are at least this share of the highest one tell where its centre is.
+/// The samples of a peak that are at least this share of the highest one say where its centre is.
 constexpr double kCoreShare = 0.4;
 /// 1 / exp(-0.5 (0.5 / sigma)^2) at a full width at half height of 2 samples, sigma 0.849.
 constexpr double kMaxHeightGain = 1.19;
@@ -71,7 +71,7 @@ struct Top
     double valleyBefore;
 };
 
-/// Adds a top behind the others, unless it or those before it are noise on a flank. `valley` is the
+/// Adds a top after the others, unless it or those before it are noise on a flank. `valley` is the
 /// lowest sample since the last top of the list, before and after.
 void addTop(std::vector<Top>& tops, Top top, double& valley)
 {
@@ -131,7 +131,7 @@ QPointF gaussianThrough(const QPointF& left, const QPointF& middle, const QPoint
     return {middle.x() + x, middle.y() * std::min(gain, kMaxHeightGain)};
 }
 
-/// The samples around a top, its neighbours and those behind them that fall on down to kCoreShare
+/// The samples around a top, its neighbours and those beyond them that fall on down to kCoreShare
 /// of the top.
 std::span<const QPointF> coreOf(std::span<const QPointF> run, const Top& top)
 {

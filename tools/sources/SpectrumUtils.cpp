@@ -82,9 +82,9 @@ bool isInsidePeak(const QList<QPointF>& points, qsizetype i)
         return false;
     }
     const double before = points[i].x() - points[i - 1].x();
-    const double behind = points[i + 1].x() - points[i].x();
-    return std::max(before, behind) < kMaxStepMz &&
-           std::max(before, behind) <= kMaxStepRatio * std::min(before, behind) &&
+    const double after = points[i + 1].x() - points[i].x();
+    return std::max(before, after) < kMaxStepMz &&
+           std::max(before, after) <= kMaxStepRatio * std::min(before, after) &&
            std::min(points[i - 1].y(), points[i + 1].y()) >= kMinNeighbourShare * points[i].y();
 }
 

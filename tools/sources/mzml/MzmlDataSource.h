@@ -27,10 +27,10 @@ namespace zel::msreader {
 /// The axis takes one pass over all such frames, on the first need: `d2Range`, a query with
 /// `setD2`, an id with `d2`.
 ///
-/// What is wrong with a file is told by a kFileFormatError that names the file and the spectrum: on
-/// opening, what concerns the file as a whole, or headers; on reading, points that cannot be
-/// decoded or are not valid numbers. Repaired with a warning are times that descend, and in silence
-/// are spectra that are not sorted by m/z, and points (0, 0) that fill up empty spectra.
+/// What is wrong with a file is reported by a kFileFormatError that names the file and the
+/// spectrum: on opening, what concerns the file as a whole, or headers; on reading, points that
+/// cannot be decoded or are not valid numbers. Repaired with a warning are times that descend, and
+/// in silence are spectra that are not sorted by m/z, and points (0, 0) that fill up empty spectra.
 ///
 /// Not thread-safe.
 class MzmlDataSource : public IndexedDataSource
@@ -67,7 +67,7 @@ private:
     {
         qsizetype recordIndex = -1;
         D2Range scans;
-        std::vector<qsizetype> scanStarts; ///< into points, for each scan and behind the last
+        std::vector<qsizetype> scanStarts; ///< into points, for each scan and after the last
         QList<QPointF> points;             ///< by scan, and by m/z inside a scan
     };
 

@@ -194,7 +194,7 @@ long long scanNumberOf(const QString& nativeId)
     return 0;
 }
 
-/// 0 when the file does not tell.
+/// 0 when the file does not say.
 int msLevelOf(const pw::Spectrum& spectrum)
 {
     const pw::CVParam level = spectrum.cvParam(cv::MS_ms_level);

@@ -159,7 +159,7 @@ Error decideKind(SpectrumFile& file,
     return kNoError;
 }
 
-/// Decides what only the points tell. \return the levels of combined frames
+/// Decides what only the points show. \return the levels of combined frames
 Result<std::vector<int>> examineLevels(SpectrumFile& file, Headers& headers)
 {
     Error e;

@@ -27,7 +27,7 @@ struct SpectrumRun
 };
 
 /// Reads all headers of a file, and a few spectra of each MS level to see what the headers do not
-/// tell.
+/// say.
 ///
 /// - Spectra are taken in order of time, those of one time in the order of the file.
 /// - `d1` counts the MS1 frames 1, 2, 3, ... in that order; the frames of other levels follow after

@@ -12,7 +12,7 @@
 namespace zel::tool {
 
 /// Notes which of the runs of one call have failed. One bad run does not cost the others: its
-/// failure is told at once, and the call fails at its end.
+/// failure is reported at once, and the call fails at its end.
 class Batch
 {
 public:

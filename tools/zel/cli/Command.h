@@ -17,7 +17,7 @@ namespace zel::tool {
 struct CommandContext
 {
     QSharedPointer<msreader::ScanProgress> progress;
-    bool verbose = false; ///< failures are told with all that is known
+    bool verbose = false; ///< failures are reported with all that is known
 };
 
 /// The work of a command; its Error becomes the tool's error line and exit code.

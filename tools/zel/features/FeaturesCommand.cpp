@@ -149,7 +149,7 @@ Error checkSettings(const FeaturesOptions& options,
         tell(QString::fromStdString(option) + QStringLiteral(" is not read on ") + path);
     }
     if (options.autoSet && params.featureFinderVersion != 2) {
-        tell(QStringLiteral("--auto is of no effect on ") + path +
+        tell(QStringLiteral("--auto has no effect on ") + path +
              QStringLiteral(", which is not searched with version 2"));
     }
     return kNoError;

@@ -226,7 +226,7 @@ void addInfoCommand(CLI::App& tool, CommandAction& chosen)
 {
     auto options = std::make_shared<InfoOptions>();
     CLI::App* const command =
-        tool.add_subcommand("info", "Tell what runs hold: spectra, peaks, ranges by MS level");
+        tool.add_subcommand("info", "Show what runs hold: spectra, peaks, ranges by MS level");
     command->add_option("files", options->files, "mzML or mzXML files, plain or gzip-compressed")
         ->required()
         ->type_name("FILE");

@@ -103,7 +103,7 @@ void tellFeatures(const QList<TargetedRun>& runs,
     const int emptyCount = intervalsWithoutApex(features);
     if (emptyCount > 0) {
         tell(QStringLiteral(
-                 "%1 intervals have no apex: there is no signal, or the finder cannot tell")
+                 "%1 intervals have no apex: there is no signal, or the finder cannot say")
                  .arg(emptyCount));
     }
     if (counts.aligned + counts.failed > 0) {

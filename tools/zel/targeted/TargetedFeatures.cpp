@@ -106,7 +106,7 @@ void measureIntervals(Ms1Feature* feature)
     feature->setTimeIntervalList(intervals);
 }
 
-/// How many of the matches lie nearer to each interval than to the others, the first of equals.
+/// How many of the matches lie nearer to each interval than to the others, the first of equal ones.
 QList<int> psmCounts(const QList<PeptideSpectrumMatch>& psms, const QList<ApexInterval>& intervals)
 {
     QList<int> counts(intervals.size(), 0);
@@ -129,7 +129,7 @@ QByteArray featureRows(const QString& runName, const Ms1Feature& feature)
     const QList<PeptideSpectrumMatch> psms = feature.peptideSpectrumMatches();
     const QList<ApexInterval> intervals = feature.timeIntervalList();
     const QList<int> counts = psmCounts(psms, intervals);
-    // All matches of an ion agree in what is told of it.
+    // All matches of an ion agree in what they say of it.
     const PeptideSpectrumMatch ion = psms.isEmpty() ? PeptideSpectrumMatch() : psms.constFirst();
     QByteArray rows;
     for (qsizetype i = 0; i < intervals.size(); ++i) {

@@ -174,7 +174,7 @@ Error MatchAssignment::assign(const SpectrumMatch& match)
     return kNoError;
 }
 
-/// The time that the match tells, or else that of its spectrum in the run that it names, or in the
+/// The time that the match gives, or else that of its spectrum in the run that it names, or in the
 /// only one that there is.
 Result<std::optional<double>> MatchAssignment::timeOf(const SpectrumMatch& match)
 {

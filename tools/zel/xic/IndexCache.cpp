@@ -20,8 +20,8 @@ QString hexOfHash(const QByteArray& bytes)
     return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
 }
 
-/// What tells one data file from another without reading all of it: its name and size, and its
-/// first and last mebibyte.
+/// What distinguishes one data file from another without reading all of it: its name and size, and
+/// its first and last mebibyte.
 Result<QString> fingerprintOf(const QString& path)
 {
     constexpr qint64 sampleBytes = 1 << 20;

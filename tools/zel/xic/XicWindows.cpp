@@ -43,7 +43,7 @@ Result<TimeSet> readTimeSet(const TsvTable& table, int row)
     constexpr double open = std::numeric_limits<double>::max();
     const TimeSet time(start.value_or(-open), end.value_or(open));
     if (time.isEmpty()) {
-        ZEL_RETURN_ERROR(table.rowError(row, QStringLiteral("rt_start lies behind rt_end")));
+        ZEL_RETURN_ERROR(table.rowError(row, QStringLiteral("rt_start lies after rt_end")));
     }
     return time;
 }

@@ -87,7 +87,7 @@ double highestMz(const Frame& frame)
 }
 
 /// The mobilogram over all scans of the frame. A range beyond the highest peak is cut there; one
-/// that lies wholly behind it gives zeros.
+/// that lies wholly beyond it gives zeros.
 Result<QList<QPointF>> mobilogram(const Frame& frame, const Interval<double>& mz)
 {
     Error e;
@@ -96,7 +96,7 @@ Result<QList<QPointF>> mobilogram(const Frame& frame, const Interval<double>& mz
     for (const QList<QPointF>& points : frame.scans) {
         settings.maxIonCount = std::max(settings.maxIonCount, static_cast<int>(points.size()));
     }
-    // The index gives scans up to, not including, an end that it holds: an empty scan behind the
+    // The index gives scans up to, not including, an end that it holds: an empty scan after the
     // last makes room.
     QMap<int, QList<QPointF>> scans = frame.scans;
     scans.insert(frame.scans.lastKey() + 1, {});

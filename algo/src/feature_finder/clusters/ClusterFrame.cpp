@@ -14,7 +14,7 @@ namespace zel {
 
 namespace {
 
-/// Columns of a matrix of hills behind the one of the last apex.
+/// Columns of a matrix of hills after the one of the last apex.
 constexpr int kSpareColumns = 20;
 
 bool isPoint(double value)

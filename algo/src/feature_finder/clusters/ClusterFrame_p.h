@@ -73,7 +73,7 @@ private:
         int row;
         int entry; ///< place among the stored entries
 
-        /// The heap gives the greatest value first, of equals the first place.
+        /// The heap gives the greatest value first, among equal ones the first place.
         friend bool operator<(const Candidate& a, const Candidate& b)
         {
             return a.value != b.value ? a.value < b.value

@@ -22,7 +22,7 @@ namespace zel {
 ///
 /// The hills become points of a matrix, bins of m/z down, D2 (or D1) columns across, one point per
 /// hill at its apex. Then, strongest point first, the columns around a point are summed to a
-/// spectrum, networks tell the charge and the monoisotopic offset, and the cluster's averagine
+/// spectrum, networks say the charge and the monoisotopic offset, and the cluster's averagine
 /// model is subtracted from the matrix, so that its other hills found no clusters of their own.
 ///
 /// Keeps nothing between calls; one object is for one thread at a time.
@@ -75,7 +75,7 @@ private:
                           int halfWidthColumns,
                           const std::function<void(const Cluster&)>& append) const;
 
-    /// Completes a cluster of known point and charge, and tells what it explains.
+    /// Completes a cluster of known point and charge, and says what it explains.
     Error describe(const Eigen::SparseVector<double, 0, int>& profile,
                    int width,
                    Cluster* cluster,

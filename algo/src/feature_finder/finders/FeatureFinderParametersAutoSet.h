@@ -66,7 +66,7 @@ private:
     Error evaluateTopXFramesByPointCount(int count);
 
     /// The position of the kernel width after which the scatter of the counts grows most sharply;
-    /// -1 when the counts do not tell.
+    /// -1 when the counts do not say.
     int evaluateFrameRaw(const Eigen::SparseMatrix<double, 0, int>& frame);
 
     SettableFeatureFinderParameters m_params;

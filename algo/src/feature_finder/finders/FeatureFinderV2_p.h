@@ -36,7 +36,7 @@ public:
                                                        const Interval<int>& scanRange);
 
     /// Reads the scans into a matrix. `d2HashFactor` scans make a column; those that would lie
-    /// behind the last whole column are left out.
+    /// after the last whole column are left out.
     Error buildFrameRaw(msreader::MsDataSourceInterface* source,
                         const Interval<int>& scanRange,
                         FrameRawGroup* group);

@@ -23,7 +23,7 @@ constexpr std::size_t kSlotsPerCell = 4;
 constexpr std::size_t kFewestSlots = 16;
 
 /// The list of strong cells starts with this many times the cells that are wanted of it, and is
-/// made anew when it has grown to as many again.
+/// made again when it has grown to as many again.
 constexpr std::size_t kListReserve = 2;
 
 /// How many entries ahead memory is asked for: rows are spread all over a column, and each look
@@ -138,7 +138,7 @@ template <typename SumAnew>
 void FrameSum::Column::subtract(const StoredEntries& entries,
                                 const int* cells,
                                 Census* census,
-                                SumAnew sumAnew)
+                                SumAnew freshSum)
 {
     for (std::size_t i = 0; i < entries.size(); ++i) {
         if (i + kAhead < entries.size()) {
@@ -156,15 +156,15 @@ void FrameSum::Column::subtract(const StoredEntries& entries,
                 m_free.push_back(cells[i]);
             }
         } else if (cell.isRounded != 0 || !isExactSum(cell.sum, entries.values[i], before)) {
-            const Cell anew = sumAnew(cell.row);
-            cell.sum = anew.sum;
-            cell.isRounded = anew.isRounded & 1U;
+            const Cell fresh = freshSum(cell.row);
+            cell.sum = fresh.sum;
+            cell.isRounded = fresh.isRounded & 1U;
         }
         countIn(cells[i], before, census);
     }
 }
 
-/// Makes the slots anew, of the cells that have frames alone.
+/// Makes the slots again, from those cells only that have frames.
 void FrameSum::Column::rebuild()
 {
     m_usedSlotCount = static_cast<std::size_t>(std::count_if(
@@ -235,7 +235,7 @@ void FrameSum::slide(Matrix* frame)
     takeOver(frame);
     for (std::size_t i = 0; i < m_columns.size(); ++i) { // both while the column is at hand
         const auto column = static_cast<Eigen::Index>(i);
-        const auto sumAnew = [this, column](int row) {
+        const auto freshSum = [this, column](int row) {
             Cell cell = {row, 0, 0, 0, 0, 0.0};
             for (auto stays = m_frames.begin() + 1; stays != m_frames.end() - 1; ++stays) {
                 const double value = stays->entriesOf(column).valueAt(row);
@@ -247,7 +247,8 @@ void FrameSum::slide(Matrix* frame)
         };
         Frame& oldest = m_frames.front();
         Frame& newest = m_frames.back();
-        m_columns[i].subtract(oldest.entriesOf(column), oldest.cellsOf(column), &m_census, sumAnew);
+        m_columns[i].subtract(
+            oldest.entriesOf(column), oldest.cellsOf(column), &m_census, freshSum);
         m_columns[i].add(newest.entriesOf(column), newest.cellsOf(column), &m_census);
     }
     m_frames.pop_front();

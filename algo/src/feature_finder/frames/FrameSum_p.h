@@ -11,14 +11,14 @@
 namespace zel {
 
 /// A window of sparse frames of one shape and their sum. A frame is added, or taken away again, for
-/// the cost of its own entries, and the strongest cells of the sum are told for the cost of about
+/// the cost of its own entries, and the strongest cells of the sum are known for the cost of about
 /// their number, however long the window is.
 ///
 /// Each column is a hash table of its cells by row, and a frame remembers the cells that it went
 /// to. A cell knows how many frames are in its sum, so that it is gone, without a remainder of
 /// rounding, when the last one is; and whether its sum was ever rounded, in which case it is summed
-/// anew from the frames that stay. Values in single precision seldom need that, as their sums have
-/// 29 bits to spare. Cells above a bound are listed; the bound is set anew when the list no longer
+/// again from the frames that stay. Values in single precision seldom need that, as their sums have
+/// 29 bits to spare. Cells above a bound are listed; the bound is set again when the list no longer
 /// suits what is asked for.
 class FrameSum : public QSharedData
 {
@@ -86,16 +86,16 @@ private:
         /// \param cells  gets the index of the cell of each entry
         void add(const StoredEntries& entries, int* cells, Census* census);
         /// \param cells    the index of the cell of each entry
-        /// \param sumAnew  gives a cell with the sum of what stays in a row
+        /// \param freshSum  gives a cell with the sum of what stays in a row
         template <typename SumAnew>
         void subtract(const StoredEntries& entries,
                       const int* cells,
                       Census* census,
-                      SumAnew sumAnew);
+                      SumAnew freshSum);
 
         const std::vector<Cell>& cells() const { return m_cells; }
 
-        /// Lists the cells above the bound anew.
+        /// Lists the cells above the bound again.
         void relist(double strongBound);
         /// Calls `use(row, sum)` for the cells above the bound, and takes the others off the list.
         template <typename Use>

@@ -21,7 +21,7 @@ std::uint64_t bitOf(int row)
     return std::uint64_t{1} << (row % kBits);
 }
 
-/// Where each of the lists of these sizes starts when they stand one behind the other, and the end.
+/// Where each of the lists of these sizes starts when they follow each other, and the end.
 std::vector<int> startsOf(const std::vector<int>& sizes)
 {
     std::vector<int> starts(sizes.size() + 1, 0);

@@ -30,7 +30,7 @@ struct ZEL_EXPORT Ms1FeatureAlignSettings
     QString toString() const;
 
     /// The finder that runs on the sum of the aligned XICs. It lives for one alignment, so that an
-    /// `adaptiveHtmlDumpFilename` in here would be written anew, and GraphyCollection be cleared,
+    /// `adaptiveHtmlDumpFilename` in here would be written again, and GraphyCollection be cleared,
     /// each time.
     MsFeatureFinderSettings featureFinderSettings;
     Mode mode = modeDefault;

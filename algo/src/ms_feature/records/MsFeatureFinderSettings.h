@@ -95,7 +95,7 @@ struct ZEL_EXPORT MsFeatureFinderSettings
     /// The half width of the m/z window at `mz`, Th.
     double mzMargin(double mz) const;
 
-    /// How far an XIC reaches before the first and behind the last match, minutes: three times the
+    /// How far an XIC reaches before the first and after the last match, minutes: three times the
     /// larger one of the two time windows.
     double xicTimeWindowToExtract() const;
 

@@ -161,7 +161,7 @@ bool readShape(QDataStream& stream, qint64 scanCount, MatrixShape& shape)
     return arrayBytes <= stream.device()->bytesAvailable();
 }
 
-/// Completes the starts of columns behind the last one that is not 0: they are empty. Starts that
+/// Completes the starts of columns after the last one that is not 0: they are empty. Starts that
 /// are all 0 stay: then only the last column holds entries.
 void completeColumnStarts(std::span<int> starts, int entryCount)
 {

@@ -13,7 +13,7 @@ namespace zel {
 
 // The bytes of TurboXic's cache file; docs/file-formats.md describes them field by field.
 
-/// The index that a cache file holds behind its header.
+/// The index that a cache file holds after its header.
 struct TurboXicContent
 {
     Eigen::VectorXd scanTimes;                   ///< minutes

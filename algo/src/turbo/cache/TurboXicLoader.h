@@ -16,7 +16,7 @@ class MsDataSourceInterface;
 } // namespace msreader
 
 /// Decides between the index that a cache file holds and a new one. A plain value; failures are
-/// told as `false`, with the details in the log.
+/// reported as `false`, with the details in the log.
 class ZEL_EXPORT TurboXicLoader
 {
 public:
@@ -30,7 +30,7 @@ public:
     /// Loads the index from the cache file if that fits the index's settings, else builds it from
     /// the source, writes the file and loads it from there.
     ///
-    /// A file that is no cache of these settings is removed and made anew only when its name ends
+    /// A file that is no cache of these settings is removed and built again only when its name ends
     /// in TurboXic::cacheIdentifier(); any other file is left alone. So is a valid cache of other
     /// data: the index then holds that data, and the call fails.
     /// \param source           borrowed for the call

@@ -59,7 +59,7 @@ MzDirectory::MzDirectory(const Eigen::SparseMatrix<double>& matrix)
 
 MzDirectory::Places MzDirectory::places(int row) const
 {
-    // Rows ahead of the first range end where that starts, rows behind the last start where it
+    // Rows before the first range end where that starts, rows after the last start where it
     // ends.
     const int range = row < m_firstRow ? 0 : std::min(rangeOf(row), m_rangeCount);
     const int* const starts = m_starts.data() + range * m_columnCount;

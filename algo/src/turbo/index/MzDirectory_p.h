@@ -7,8 +7,8 @@
 namespace zel {
 
 /// Tells where in each column of a matrix the entries of an m/z range start, without a search: for
-/// every 2^n rows it holds the place of the first entry of each column at or behind them. The
-/// places of one range lie one behind the other by column, so that a walk over the columns reads
+/// every 2^n rows it holds the place of the first entry of each column at or after them. The
+/// places of one range follow each other by column, so that a walk over the columns reads
 /// memory in its order and can fetch entries ahead.
 ///
 /// Ranges are chosen to hold about 16 entries of a column on average, which costs a quarter of a
@@ -21,7 +21,7 @@ public:
     explicit MzDirectory(const Eigen::SparseMatrix<double>& matrix);
 
     /// For each column the place, in the arrays of the whole matrix, of the first entry of the
-    /// range that `row` lies in, and of the first entry behind that range.
+    /// range that `row` lies in, and of the first entry after that range.
     struct Places
     {
         const int* starts; ///< one a column

@@ -18,7 +18,7 @@ constexpr Eigen::Index kMaxReservedCount = Eigen::Index{1} << 27;
 /// What part of the room may stay unused, as giving it back means a copy of all entries.
 constexpr Eigen::Index kUnusedPart = 16;
 
-/// Stores a value at a row that is not behind the last of the ascending rows: in the place of the
+/// Stores a value at a row that is not beyond the last of the ascending rows: in the place of the
 /// value there, or between its neighbours. Returns by how many entries they have grown.
 int putBetween(int row, double value, int* rows, double* values, Eigen::Index size)
 {

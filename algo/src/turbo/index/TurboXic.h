@@ -73,7 +73,7 @@ public:
     ///
     /// With `preGuavaCompatible`, and unless the time is unbounded, the bins start with the one
     /// nearest to the window's start and are 1 more than the bins in the summed length of its
-    /// pieces; a window that ends behind the index takes all bins from its start. The scans run
+    /// pieces; a window that ends beyond the index takes all bins from its start. The scans run
     /// from the one nearest to the start to the one nearest to the end, never the last scan.
     /// \return an empty list when either set is empty; kError when the index is not valid
     Result<QList<QPointF>> retrieveXic(const XicDimensions& dimensions) const;

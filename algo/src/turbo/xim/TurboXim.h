@@ -25,7 +25,7 @@ public:
     ~TurboXim();
     Q_DISABLE_COPY_MOVE(TurboXim)
 
-    /// Builds the index anew; after a failure the object is as before. Of each spectrum the
+    /// Builds the index again; after a failure the object is as before. Of each spectrum the
     /// `maxIonCount` most intense peaks are kept; of peaks in one m/z bin the last counts.
     /// \param mobilityScans  spectra as (m/z, intensity), ascending in m/z, by the number of their
     ///                       mobility scan, at least 0

@@ -154,9 +154,9 @@ void findCandidates(const StoredEntries& column, std::vector<std::size_t>& candi
         const double value = column.values[i];
         const int row = column.indices[i];
         const std::size_t before = i - (i > 0 ? 1 : 0);
-        const std::size_t behind = i + (i + 1 < column.size() ? 1 : 0);
+        const std::size_t next = i + (i + 1 < column.size() ? 1 : 0);
         const bool isBelow = both(column.values[before] > value, column.indices[before] == row - 1);
-        const bool isAbove = both(column.values[behind] > value, column.indices[behind] == row + 1);
+        const bool isAbove = both(column.values[next] > value, column.indices[next] == row + 1);
         // Written always and kept or not: no branch to mispredict.
         candidates[count] = i;
         count += both(value > kNegligible, both(!isBelow, !isAbove)) ? 1 : 0;

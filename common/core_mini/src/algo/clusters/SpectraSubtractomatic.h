@@ -19,7 +19,7 @@ struct DecimatorMatrix
     Eigen::SparseMatrix<double, 0, int> model;
 };
 
-/// Fits the isotope pattern of averagine to the cluster around a peak, and tells how well it fits
+/// Fits the isotope pattern of averagine to the cluster around a peak, and says how well it fits
 /// and what it explains of the signal, so that this can be taken away. See ChargeDeterminatorNN for
 /// what a slice is.
 ///

@@ -30,7 +30,8 @@ public:
     Error init(const QString& networkFilePath);
 
     /// \param profile  a slice; one of another length has no charge
-    /// \param charge   1 to 10, or 0 when the peak belongs to no cluster that can be told, also
+    /// \param charge   1 to 10, or 0 when the peak belongs to no cluster that can be recognised,
+    /// and
     ///                 before `init`. A charge has a probability of 0.5 at least, of 0.95 where no
     ///                 more than two isotopes stand in a row.
     /// \param score    the network's probability of its likeliest answer, 0 to 1, also where that

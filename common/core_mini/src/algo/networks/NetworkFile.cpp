@@ -75,7 +75,7 @@ Error formatError(const char* what)
                  QStringLiteral("Invalid network file: %1").arg(QLatin1StringView(what)));
 }
 
-/// The header: a JSON object behind its length.
+/// The header: a JSON object after its length.
 Result<QJsonObject> readHeader(Cursor* cursor)
 {
     char magic[sizeof(kMagic)];
@@ -181,7 +181,7 @@ Result<QMap<QString, NetworkPointer>> parse(const QByteArray& content)
         ZEL_ASSIGN_OR_RETURN(networks[name], readNetwork(&cursor, layerCount));
     }
     if (cursor.bytesLeft() != 0) {
-        ZEL_RETURN_ERROR(formatError("it goes on behind its networks"));
+        ZEL_RETURN_ERROR(formatError("it goes on after its networks"));
     }
     return networks;
 }

@@ -8,7 +8,7 @@ namespace zel {
 
 /// What the networks of ChargeDeterminatorNN and MonoisotopeDeterminatorNN are given. Training uses
 /// the same functions. Whoever changes what they compute must raise the version of the layout and
-/// train anew (tools/training).
+/// train again (tools/training).
 ///
 /// The height of a peak goes in as the square root of its share of the peak in the middle of the
 /// slice, at most 2, so that weak isotopes count and interfering peaks do not drown them.
@@ -26,7 +26,7 @@ int chargeInputCount();
 int offsetInputCount();
 
 /// For each charge the heights near the places of its isotopes -6 to 8 in a narrow and in a wide
-/// window, and halfway between them (which tells a multiple of the charge, or noise); then the
+/// window, and halfway between them (which shows a multiple of the charge, or noise); then the
 /// logarithm of the number of stored entries. Peaks near a place are told apart by the two windows,
 /// as the precision of m/z differs between instruments and the m/z is not known here.
 /// \param slice  isUsable
