@@ -7,5 +7,5 @@ clang=$(command -v clang++-14 || command -v clang++)
 echo "Reading $(grep -c '"command":' compile_commands.json) sources with $clang"
 # A line of the file is  "command": "/usr/bin/c++ FLAGS -o OBJECT -c SOURCE",  with \" and \\ inside.
 sed -nE 's/^ *"command": "(.*)",?$/\1/p' compile_commands.json |
-    sed -E -e 's/\\(.)/\1/g' -e "s#^([^ ]*ccache )?[^ ]+ #$clang #; s# -o [^ ]+ -c # -fsyntax-only #" |
+    sed -E -e 's/\\(.)/\1/g' -e "s#^([^ ]*ccache )?[^ ]+ #$clang #; s# -o [^ ]+ -c # -fsyntax-only -Wno-unknown-warning-option #" |
     xargs -d '\n' -P "$(nproc)" -I{} bash -c '{}'

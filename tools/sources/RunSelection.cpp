@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <tuple>
 
 namespace zel::msreader {
@@ -36,8 +37,11 @@ template <typename Value, typename Order>
 void sortOut(QList<Value>& values, Order order)
 {
     std::ranges::sort(values, {}, order);
-    const auto repeated = std::ranges::unique(values, {}, order);
-    values.erase(repeated.begin(), repeated.end());
+    // Not std::ranges::unique, of which clang 14 cannot read what it returns.
+    const auto isRepeated = [&order](const Value& a, const Value& b) {
+        return std::invoke(order, a) == std::invoke(order, b);
+    };
+    values.erase(std::unique(values.begin(), values.end(), isRepeated), values.end());
 }
 
 } // namespace
