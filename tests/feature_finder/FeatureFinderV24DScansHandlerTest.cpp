@@ -160,8 +160,6 @@ TEST(FeatureFinderV24DScansHandlerTest, WindowsStartAtAllButTheLastFrames)
     EXPECT_EQ(whole.handler.allD1s(), QList<int>{1});
     EXPECT_EQ(whole.handler.numberOfFramesToSum(), 10);
     EXPECT_EQ(whole.cellsAt(1), (Cells{{{5, 250000}, 100.0}}));
-    EXPECT_DOUBLE_EQ(whole.handler.getRetentionTimeMinutes(7), 0.7);
-    EXPECT_EQ(whole.handler.getRetentionTimeMinutes(11), 0.0);
 }
 
 TEST(FeatureFinderV24DScansHandlerTest, CutsPointsToBins)
@@ -220,7 +218,6 @@ TEST(FeatureFinderV24DScansHandlerTest, RefusesWhatItCannotWorkOn)
     Handler handler;
     EXPECT_THAT(handler.getFrameRaw(1), HasError(kError));
     EXPECT_THAT(handler.init(nullptr, paramsOf(1)), HasError(kError));
-    EXPECT_THAT(handler.init(runOf({0.5}, {}).get(), paramsOf(1)), HasError(kError));
     const QList<QPointF> points = {{500.0, 1.0}};
     for (const int d2 : {0, INT_MAX - 1}) {
         const auto source = sourceOf(scansOf({{1, {{d2, points}}}}));

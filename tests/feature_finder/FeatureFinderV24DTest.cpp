@@ -1,6 +1,5 @@
 #include "feature_finder/finders/FeatureFinderV24D.h"
 
-#include "feature_finder/finders/FeatureFinderFactory.h"
 #include "feature_finder/frames/FeatureFinderV24DScansHandler.h"
 #include "tests/support/RecordingSink.h"
 #include "tests/support/Runs.h"
@@ -11,7 +10,6 @@
 #include <algorithm>
 #include <cmath>
 #include <random>
-#include <tuple>
 
 namespace zel::test {
 
@@ -133,33 +131,6 @@ TEST(FeatureFinderV24DTest, LinksClustersAsDefined)
     }
 }
 
-TEST(FeatureFinderV24DTest, ALinkKeepsToItsLimits)
-{
-    const auto linkCount = [](const ChargeFeatureFrame& first, const ChargeFeatureFrame& second) {
-        return Finder(paramsOf()).groupChargeFeatureFramesAcrossD1({first, second}).size();
-    };
-    const ChargeFeatureFrame first = clusterOf(10, 1024.0, 5.0);
-    const std::tuple<const char*, ChargeFeatureFrame, int> rows[] = {
-        {"at the D1 gap", clusterOf(13, 1024.0, 1.0), 1},
-        {"beyond the D1 gap", clusterOf(14, 1024.0, 1.0), 2},
-        {"another charge", clusterOf(11, 1024.0, 1.0, 50, 3), 2},
-        {"within the mass tolerance", clusterOf(11, 1024.0102, 1.0), 1},
-        {"beyond the mass tolerance", clusterOf(11, 1024.0103, 1.0), 2},
-        {"first D2", clusterOf(11, 1024.0, 1.0, 40), 1},
-        {"before it", clusterOf(11, 1024.0, 1.0, 39), 2},
-        {"last D2", clusterOf(11, 1024.0, 1.0, 55), 1},
-        {"after it", clusterOf(11, 1024.0, 1.0, 56), 2},
-    };
-    for (const auto& [what, second, count] : rows) {
-        EXPECT_EQ(linkCount(first, second), count) << what;
-    }
-    // Outside the D2 limits the distance of the apexes counts, and must be below the gap of 4.
-    ChargeFeatureFrame narrow = first;
-    narrow.startD2 = narrow.endD2 = 50;
-    EXPECT_EQ(linkCount(narrow, clusterOf(11, 1024.0, 1.0, 53)), 1);
-    EXPECT_EQ(linkCount(narrow, clusterOf(11, 1024.0, 1.0, 54)), 2);
-}
-
 TEST(FeatureFinderV24DTest, CutsFeaturesAtTheirValleys)
 {
     // Frames 10 to 30 with apexes at 13, 20 and 27, and valleys at 16 and 24.
@@ -256,17 +227,6 @@ TEST(FeatureFinderV24DTest, WalksOverTheFramesThatAreAskedFor)
         valueOf(Finder(paramsOf()).findFeatures(mobilityRun(12, {}).get(), nullptr)).isEmpty());
     EXPECT_THAT(Finder(paramsOf()).findFeatures(mobilityRun(2, {}).get(), nullptr),
                 HasError(kError)); // of 3
-}
-
-TEST(FeatureFinderFactoryTest, MakesTheFinderOfAVersion)
-{
-    SettableFeatureFinderParameters params;
-    params.featureFinderVersion = 2;
-    const auto finder = valueOf(FeatureFinderFactory::featureFinderFactoryInit(params));
-    EXPECT_NE(finder.dynamicCast<FeatureFinderV24D>(), nullptr);
-    params.featureFinderVersion = 3;
-    EXPECT_THAT(FeatureFinderFactory::featureFinderFactoryInit(params),
-                HasError(kBadParameterError));
 }
 
 } // namespace zel::test
