@@ -33,25 +33,17 @@ TEST(Ms1FeatureTest, SumsItsIntervalsUp)
     EXPECT_EQ(sum.fwhm(), 0.25);
     EXPECT_EQ(sum.apexAveragineCorrelation(), 0.5);
 
+    Ms1Feature other = featureOf({first, lower});
+    other.setPeptideSpectrumMatches({PeptideSpectrumMatch()});
+    ASSERT_THAT(feature.mergeTimeIntervalsAndPsmFrom(other), IsOk());
+    ASSERT_EQ(feature.timeIntervalList().size(), 5) << "neither sorted nor made unique";
+    EXPECT_EQ(feature.timeIntervalList()[3].interval(), first.interval());
+    EXPECT_EQ(feature.peptideSpectrumMatches().size(), 1);
+
     feature.setTimeInterval(lower);
     EXPECT_FALSE(feature.hasSplitProposals());
     EXPECT_EQ(feature.timeInterval().interval(), lower.interval());
     EXPECT_EQ(Ms1Feature().timeInterval().interval(), Interval<double>());
-}
-
-TEST(Ms1FeatureTest, TakesOverIntervalsAndMatchesOnly)
-{
-    const ApexInterval early({1.0, 2.0}, 0.0, {}, 0.0, 0.0);
-    const ApexInterval late({3.0, 4.0}, 0.0, {}, 0.0, 0.0);
-    Ms1Feature feature = featureOf({late});
-    Ms1Feature other = featureOf({early, late});
-    other.setWarpOffset(1.0);
-    other.setPeptideSpectrumMatches({PeptideSpectrumMatch()});
-    ASSERT_THAT(feature.mergeTimeIntervalsAndPsmFrom(other), IsOk());
-    ASSERT_EQ(feature.timeIntervalList().size(), 3) << "neither sorted nor made unique";
-    EXPECT_EQ(feature.timeIntervalList()[1].interval(), early.interval());
-    EXPECT_EQ(feature.peptideSpectrumMatches().size(), 1);
-    EXPECT_EQ(feature.warpOffset(), 0.0);
 }
 
 } // namespace zel

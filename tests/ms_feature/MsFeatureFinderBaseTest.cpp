@@ -182,9 +182,7 @@ TEST(MsFeatureFinderBaseTest, FailsAsAWhole)
     for (int questions = 0; questions < 4; ++questions) {
         const auto sink = QSharedPointer<CancelingSink>::create();
         sink->questionsLeft = questions;
-        const auto canceled = finder.run(&source, &psms, sink);
-        EXPECT_THAT(canceled, HasError(kOperationCanceledError)) << questions;
-        EXPECT_FALSE(canceled.error().frames().isEmpty());
+        EXPECT_THAT(finder.run(&source, &psms, sink), HasError(kOperationCanceledError));
     }
     source.dropsLastXic = true;
     EXPECT_THAT(finder.run(&source, &psms), HasError(kError, "2 XICs were asked for, 1 came"));

@@ -34,19 +34,6 @@ QList<QPointF> smoothedBy(const Finder& finder, const QList<QPointF>& xic)
 
 } // namespace
 
-TEST(MsFeatureFinderSegV2Test, SplitsClosePeaksOnTheFinerGrid)
-{
-    // 1.5 times the full width at half maximum apart.
-    const QList<test::ElutionPeak> peaks = {{16.0, 1e6, 0.1}, {16.354, 5e5, 0.1}};
-    const QList<ApexInterval> found =
-        finderOf().intervalsOn(scansOf(peaks), {psmAt(16.0), psmAt(16.4)});
-    ASSERT_EQ(found.size(), 2);
-    EXPECT_NEAR(found[0].apex().x(), 16.0, 0.011) << "on the grid of 100 samples a minute";
-    EXPECT_NEAR(found[1].apex().x(), 16.354, 0.011);
-    EXPECT_EQ(found[0].interval().end, found[1].interval().start);
-    EXPECT_NEAR(found[0].interval().end, 16.21, 0.02);
-}
-
 TEST(MsFeatureFinderSegV2Test, MergesAcrossAShallowValleyAtEitherPlace)
 {
     // The second apex rises by 31 % above the valley, at a quarter of its duration from it.
@@ -89,8 +76,6 @@ TEST(MsFeatureFinderSegV2Test, TakesItsFilterWidthFromTheArgument)
     for (const QPointF& point : smoothed) {
         ASSERT_GE(point.y(), 0.0) << "beside the peak the kernel's brim lies below zero";
     }
-    settings.adaptiveSamplesPerMinute = 2000.0;
-    EXPECT_EQ(smoothedBy(finderOf(false, {}, settings), xic).size(), 12000);
 }
 
 } // namespace zel

@@ -48,16 +48,6 @@ TEST(MsFeatureFinderStage1Test, MeasuresTheHalfMaximumAtTheNearestCrossings)
     EXPECT_EQ(limited, (Interval<double>{2.0, 6.0}));
 }
 
-TEST(MsFeatureFinderStage1Test, IntegratesInSeconds)
-{
-    const PlotBase plot = plotOf({0, 10, 0});
-    double area = -1.0;
-    ASSERT_THAT(MsFeatureFinderStage1::getAreaUnderCurve(plot, 0.5, 1.0, &area), IsOk());
-    EXPECT_DOUBLE_EQ(area, 0.5 * 7.5 * 60.0);
-    EXPECT_THAT(MsFeatureFinderStage1::getAreaUnderCurve(plot, 1.0, 0.5, &area),
-                HasError(kBadParameterError));
-}
-
 TEST(MsFeatureFinderStage1Test, MeasuresTheMajorPeakOnTheChord)
 {
     const Peak peak = majorPeak(plotOf({0, 1, 9, 10, 9, 1, 0}), 1.0);

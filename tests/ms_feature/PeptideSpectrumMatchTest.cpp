@@ -66,8 +66,6 @@ TEST(PeptideSpectrumMatchTest, StepsFromIsotopeToIsotope)
 TEST(IsotopeSelectorTest, TakesTheFirstThresholdNotBelowTheMass)
 {
     IsotopeSelector selector;
-    EXPECT_EQ(selector.toString(),
-              QStringLiteral("1800, 3000, 5000, 8000, 10000, 20000, 40000, 80000"));
     for (const auto& [mass, isotope] : {std::pair{0.0, 0},
                                         {1800.0, 0},
                                         {1800.01, 1},
@@ -76,8 +74,6 @@ TEST(IsotopeSelectorTest, TakesTheFirstThresholdNotBelowTheMass)
                                         {std::numeric_limits<double>::quiet_NaN(), 8}}) {
         EXPECT_EQ(selector.isotopeToUse(mass), isotope) << mass;
     }
-    selector.setIsotopeMasses({0.1234567, 1e7});
-    EXPECT_EQ(selector.toString(), QStringLiteral("0.123457, 1e+07"));
     selector.setIsotopeMasses({});
     EXPECT_EQ(selector.isotopeToUse(500.0), 0);
 }
