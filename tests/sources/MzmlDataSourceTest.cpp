@@ -111,31 +111,24 @@ private:
 
 TEST_F(MzmlDataSourceTest, NumbersMs1FirstAndKeepsTheFilesOwnNumbers)
 {
-    const auto source = openRun({spectrumOf(2, 1.0),
-                                 spectrumOf(1, 1.1),
-                                 spectrumOf(2, 1.2),
-                                 spectrumOf(3, 1.3),
-                                 spectrumOf(1, 1.4)});
+    MzmlSpectrum absorption = spectrumOf(1, 1.2);
+    absorption.msLevel = "";
+    absorption.kind = cvParam("MS:1000804"); // electromagnetic radiation spectrum
+    QList<MzmlSpectrum> spectra{
+        spectrumOf(2, 1.0), spectrumOf(1, 1.1), absorption, spectrumOf(3, 1.3), spectrumOf(1, 1.4)};
+    // Quotes and tags where they stand for themselves.
+    spectra[1].scanParams =
+        "<!-- don't: <userParam name=\"a > b\"/> --><userParam name=\"a > b\"/>";
+    const auto source = openRun(spectra);
     EXPECT_THAT(idsOf(*source, 1), ElementsAre(MsScanId(1), MsScanId(2)));
-    EXPECT_THAT(idsOf(*source, 2), ElementsAre(MsScanId(3), MsScanId(4)));
-    EXPECT_THAT(idsOf(*source, 3), ElementsAre(MsScanId(5)));
+    EXPECT_THAT(idsOf(*source, 2), ElementsAre(MsScanId(3)));
+    EXPECT_THAT(idsOf(*source, 3), ElementsAre(MsScanId(4)));
     const ScanInfo info = valueOf(source->scanInfo(2));
     EXPECT_EQ(info.retentionTimeMinutes, 1.4);
     EXPECT_EQ(info.nativeScanNumber, 105);
     EXPECT_EQ(info.nativeId, QStringLiteral("controller=1 scan=105"));
-    EXPECT_FALSE(valueOf(source->hasMobility()));
-    EXPECT_EQ(valueOf(source->retentionTimeRange()), TimeSet(1.0, 1.4));
-}
-
-TEST_F(MzmlDataSourceTest, ReadsIsolationWindows)
-{
-    const auto source = openRun({spectrumOf(1, 1.0), spectrumOf(2, 1.1)});
-    const PrecursorInfo precursor = valueOf(source->precursorInfo(2));
-    EXPECT_EQ(precursor.isolationMz, 400.0);
-    EXPECT_EQ(precursor.isolationLowerOffset, 0.5);
-    EXPECT_EQ(precursor.isolationUpperOffset, 1.5);
-    EXPECT_EQ(precursor.selectedIonMz, 400.0);
-    EXPECT_EQ(precursor.charge, 3);
+    EXPECT_EQ(valueOf(source->precursorInfo(3)).isolationLowerOffset, 0.5);
+    EXPECT_EQ(valueOf(source->precursorInfo(3)).isolationUpperOffset, 1.5);
     EXPECT_THAT(source->precursorInfo(1), HasError(kBadParameterError));
 }
 
@@ -153,36 +146,21 @@ TEST_F(MzmlDataSourceTest, TurnsAllUnitsOfTimeIntoMinutes)
     }
 }
 
-TEST_F(MzmlDataSourceTest, RepairsUnsortedAndFilledUpSpectra)
+TEST_F(MzmlDataSourceTest, RepairsUnsortedAndFilledUpSpectraAndReadsEmptyOnes)
 {
-    MzmlSpectrum unsorted;
-    unsorted.points = {{501.0, 1.0}, {500.0, 2.0}, {500.5, 3.0}};
-    MzmlSpectrum filled;
-    filled.points = {{0.0, 0.0}};
-    MzmlSpectrum empty;
-    empty.points = {};
-    const auto source = openRun({unsorted, filled, empty});
+    QList<MzmlSpectrum> spectra(4);
+    spectra[0].points = {{501.0, 1.0}, {500.0, 2.0}, {500.5, 3.0}};
+    spectra[1].points = {{0.0, 0.0}};
+    spectra[2].points = spectra[3].points = {};
+    const QByteArray compressedNothing = "eJwDAAAAAAE=";
+    spectra[3].arrays =
+        arrayList({arrayElement("MS:1000514", {}, compressedNothing, "MS:1000574"),
+                   arrayElement("MS:1000515", {}, compressedNothing, "MS:1000574")});
+    const auto source = openRun(spectra);
     EXPECT_EQ(pointsOf(*source, 1), (Points{{500.0, 2.0}, {500.5, 3.0}, {501.0, 1.0}}));
-    EXPECT_THAT(pointsOf(*source, 2), IsEmpty());
-    EXPECT_THAT(pointsOf(*source, 3), IsEmpty());
-}
-
-TEST_F(MzmlDataSourceTest, ReadsAnEmptyCompressedArray)
-{
-    const QByteArray nothing = "eJwDAAAAAAE=";
-    MzmlSpectrum empty = spectrumOf(1, 1.1);
-    empty.points = {};
-    empty.arrays = arrayList({arrayElement("MS:1000514", {}, nothing, "MS:1000574"),
-                              arrayElement("MS:1000515", {}, nothing, "MS:1000574")});
-    const auto source = openRun({spectrumOf(1, 1.0), empty});
-    EXPECT_THAT(pointsOf(*source, 2), IsEmpty());
-}
-
-TEST_F(MzmlDataSourceTest, ReadsCommentsWithQuotesAndTags)
-{
-    MzmlSpectrum spectrum = spectrumOf(1, 1.0);
-    spectrum.scanParams = "<!-- don't: <userParam name=\"a > b\"/> --><userParam name=\"a > b\"/>";
-    EXPECT_EQ(pointsOf(*openRun({spectrum}), 1).size(), 2);
+    for (const int number : {2, 3, 4}) {
+        EXPECT_THAT(pointsOf(*source, number), IsEmpty()) << number;
+    }
 }
 
 TEST_F(MzmlDataSourceTest, TakesSpectraInOrderOfTimeWithAWarning)
@@ -199,16 +177,6 @@ TEST_F(MzmlDataSourceTest, TakesSpectraInOrderOfTimeWithAWarning)
     EXPECT_TRUE(
         source->warnings()[0].contains(QStringLiteral("2 of 5 spectra stand out of order")));
     EXPECT_THAT(openRun({spectrumOf(1, 1.0), spectrumOf(1, 1.0)})->warnings(), IsEmpty());
-}
-
-TEST_F(MzmlDataSourceTest, LeavesOutWhatIsNoMassSpectrum)
-{
-    MzmlSpectrum absorption = spectrumOf(1, 1.1);
-    absorption.msLevel = "";
-    absorption.kind = cvParam("MS:1000804"); // electromagnetic radiation spectrum
-    const auto source = openRun({spectrumOf(1, 1.0), absorption, spectrumOf(1, 1.2)});
-    EXPECT_THAT(idsOf(*source, 1), ElementsAre(MsScanId(1), MsScanId(2)));
-    EXPECT_EQ(valueOf(source->scanInfo(2)).nativeScanNumber, 103);
 }
 
 TEST_F(MzmlDataSourceTest, RefusesADamagedIndex)
@@ -248,12 +216,12 @@ TEST_F(MzmlDataSourceTest, JudgesTheKindThatAFileDoesNotState)
 TEST_F(MzmlDataSourceTest, JoinsTheMobilityScansOfAFrame)
 {
     // Two frames, each in descending order of mobility as instruments give them; 0.9 is not in the
-    // second one. A single scan of its own time is a frame too.
+    // second one. A single scan of its own time is a frame too. Zero is a mobility like others.
     const auto source = openRun({mobilitySpectrum(1, 1.0, 1.1, 500.0),
                                  mobilitySpectrum(1, 1.0, 0.9, 501.0),
-                                 mobilitySpectrum(1, 1.0, 0.8, 502.0),
+                                 mobilitySpectrum(1, 1.0, 0.0, 502.0),
                                  mobilitySpectrum(1, 1.1, 1.1, 503.0),
-                                 mobilitySpectrum(1, 1.1, 0.8, 504.0),
+                                 mobilitySpectrum(1, 1.1, 0.0, 504.0),
                                  mobilitySpectrum(1, 1.2, 0.9, 505.0)});
     EXPECT_TRUE(valueOf(source->hasMobility()));
     EXPECT_EQ(valueOf(source->d2Range()), math::Range<long long>(1, 3));
@@ -266,21 +234,10 @@ TEST_F(MzmlDataSourceTest, JoinsTheMobilityScansOfAFrame)
                             MsScanId(2, 3),
                             MsScanId(3, 2)));
     EXPECT_EQ(pointsOf(*source, {1, 1}), (Points{{502.0, 1.0}}));
-    EXPECT_EQ(valueOf(source->scanInfo({1, 1})).mobility, 0.8);
+    EXPECT_EQ(valueOf(source->scanInfo({1, 1})).mobility, 0.0);
     EXPECT_EQ(valueOf(source->scanInfo({1, 1})).nativeScanNumber, 103);
     EXPECT_FALSE(valueOf(source->scanInfo(MsScanId(1))).mobility);
     EXPECT_EQ(pointsOf(*source, 2), (Points{{503.0, 1.0}, {504.0, 1.0}}));
-}
-
-TEST_F(MzmlDataSourceTest, TakesDriftTimeZeroForAMobility)
-{
-    const auto source = openRun({mobilitySpectrum(1, 1.0, 0.0, 500.0),
-                                 mobilitySpectrum(1, 1.0, 0.1, 501.0),
-                                 mobilitySpectrum(1, 1.1, 0.0, 502.0),
-                                 mobilitySpectrum(1, 1.1, 0.1, 503.0)});
-    EXPECT_THAT(mobilityIdsOf(*source, 1),
-                ElementsAre(MsScanId(1, 1), MsScanId(1, 2), MsScanId(2, 1), MsScanId(2, 2)));
-    EXPECT_EQ(valueOf(source->scanInfo({2, 1})).mobility, 0.0);
 }
 
 TEST_F(MzmlDataSourceTest, DoesNotTakeFragmentSpectraOfOneFrameForMobilityScans)
@@ -325,6 +282,8 @@ TEST_F(MzmlDataSourceTest, CutsFramesByTheirMobilityArray)
     EXPECT_THAT(pointsOf(*source, {1, 2}), IsEmpty());
     EXPECT_EQ(valueOf(source->scanInfo({1, 2})).mobility, 0.9);
     EXPECT_EQ(valueOf(source->d2Range()), math::Range<long long>(1, 3));
+    EXPECT_THAT(valueOf(source->scanIds(MsQuery::createByMsLevel(1).setD2({2, 3}))),
+                ElementsAre(MsScanId(1, 2), MsScanId(1, 3), MsScanId(2, 2)));
     EXPECT_THAT(
         mobilityIdsOf(*source, 1),
         ElementsAre(

@@ -94,15 +94,17 @@ void expectEqualSources(MsDataSourceInterface& expected, MsDataSourceInterface& 
     ASSERT_EQ(ids, valueOf(actual.scanIds(all)));
     for (const MsScanId& id : ids) {
         SCOPED_TRACE(id.toString().toStdString());
-        const ScanInfo a = valueOf(expected.scanInfo(id));
-        const ScanInfo b = valueOf(actual.scanInfo(id));
-        EXPECT_EQ(a.retentionTimeMinutes, b.retentionTimeMinutes);
-        EXPECT_EQ(a.msLevel, b.msLevel);
-        EXPECT_EQ(a.storedAs, b.storedAs);
-        EXPECT_EQ(a.mobility, b.mobility);
-        EXPECT_EQ(a.polarity, b.polarity);
-        EXPECT_EQ(a.compensationVoltage, b.compensationVoltage);
-        EXPECT_EQ(a.mzRange(), b.mzRange());
+        const auto fieldsOf = [&id](MsDataSourceInterface& source) {
+            const ScanInfo info = valueOf(source.scanInfo(id));
+            return std::tuple(info.retentionTimeMinutes,
+                              info.msLevel,
+                              info.storedAs,
+                              info.mobility,
+                              info.polarity,
+                              info.compensationVoltage,
+                              info.mzRange());
+        };
+        EXPECT_TRUE(fieldsOf(expected) == fieldsOf(actual));
         EXPECT_EQ(valueOf(expected.scanData(MsQuery(id, PeakPickingFilter::Profile))),
                   valueOf(actual.scanData(MsQuery(id, PeakPickingFilter::Profile))));
         const auto precursor = expected.precursorInfo(id);
@@ -110,11 +112,9 @@ void expectEqualSources(MsDataSourceInterface& expected, MsDataSourceInterface& 
         if (precursor.isOk()) {
             const PrecursorInfo& p = precursor.value();
             const PrecursorInfo q = valueOf(actual.precursorInfo(id));
-            EXPECT_EQ(p.isolationMz, q.isolationMz);
-            EXPECT_EQ(p.isolationLowerOffset, q.isolationLowerOffset);
-            EXPECT_EQ(p.isolationUpperOffset, q.isolationUpperOffset);
-            EXPECT_EQ(p.selectedIonMz, q.selectedIonMz);
-            EXPECT_EQ(p.charge, q.charge);
+            EXPECT_EQ(std::tie(p.isolationMz, p.isolationLowerOffset, p.isolationUpperOffset),
+                      std::tie(q.isolationMz, q.isolationLowerOffset, q.isolationUpperOffset));
+            EXPECT_EQ(std::tie(p.selectedIonMz, p.charge), std::tie(q.selectedIonMz, q.charge));
         }
     }
 }
@@ -195,17 +195,10 @@ TEST(MzmlWriterTest, LeavesTheOldFileWhenItFails)
                          "Scan 1.1: the next scan of its frame must have a higher mobility"));
     expectUnchanged();
 
-    QList<InMemoryScan> many;
-    for (int i = 1; i <= 500; ++i) {
-        many.append(scanOf(i, i, {{500.0, 1.0}}));
-    }
     const auto sink = QSharedPointer<RecordingSink>::create();
-    sink->stepsLeft = 2;
-    EXPECT_THAT(writeMzml(path, many, {}, sink), HasError(kOperationCanceledError));
+    sink->canceled = true;
+    EXPECT_THAT(writeMzml(path, mobilityRun(), {}, sink), HasError(kOperationCanceledError));
     expectUnchanged();
-
-    EXPECT_THAT(writeMzml(folder.filePath(QStringLiteral("none/run.mzML")), many),
-                HasError(kFileOpenError));
 }
 
 } // namespace zel::msreader
