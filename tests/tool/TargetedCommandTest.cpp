@@ -185,34 +185,24 @@ TEST_F(TargetedCommandTest, TakesTimesFromTheRunWhereMzIdentMlHasNone)
     EXPECT_TRUE(outcome.errors.contains(text("1 of runs that were not given")));
 }
 
-TEST_F(TargetedCommandTest, EndsWithOneClearErrorAndNoFile)
+TEST_F(TargetedCommandTest, EndsABadCallWithOneClearLineAndNoFile)
 {
     writeRun(text("run.mzML"), runWith({{500.0, 5.0}}));
-    struct BadCall
-    {
-        QByteArray table;
-        const char* runsAndMore;
-        int exitCode;
-        const char* errorPart;
-    };
-    const QByteArray table = "sequence\tcharge\tmz\trt\nPEPTIDEK\t2\t500\t5\n";
-    const BadCall calls[] = {
-        {"sequence\tz\trt\nPEPTIDEK\t2\t5\n", "run.mzML", 1, "needs the column charge"},
-        {"sequence\tcharge\trt\nPEPTIDEK\t2\t303\n", "run.mzML", 1, "no match is left"},
-        {table, "run.mzML run.mzML", 1, "two runs are called run"},
-        {table, "run.mzML --score xcorr", 1, "needs the column xcorr"},
-        {table, "run.mzML --diagrams none/d.html", 1, "none/d.html"},
-        {table, "run.mzML --mode best", 2, "--mode"},
-        {table, "run.mzML --isotope-selector 3000,1800", 2, "ascending"},
-        {table, "run.mzML --mode fixed --diagrams d", 2, "adaptive"},
-    };
-    for (const BadCall& bad : calls) {
-        SCOPED_TRACE(bad.errorPart);
-        write(text("psms.tsv"), bad.table);
-        const Outcome outcome = targeted(bad.runsAndMore);
-        EXPECT_EQ(outcome.exitCode, bad.exitCode);
-        EXPECT_TRUE(outcome.errors.contains(text(bad.errorPart))) << outcome.errors.toStdString();
-        EXPECT_EQ(files(), (QStringList{text("psms.tsv"), text("run.mzML")}));
+    write(text("psms.tsv"), "sequence\tcharge\tmz\trt\nPEPTIDEK\t2\t500\t5\n");
+    for (const test::BadCall& bad : {
+             test::BadCall{"targeted --psms p.tsv run.mzML -o out.tsv",
+                           "needs the column charge",
+                           1,
+                           "p.tsv",
+                           "sequence\tz\trt\nPEPTIDEK\t2\t5\n"},
+             {"targeted --psms psms.tsv run.mzML run.mzML", "two runs are called run"},
+             {"targeted --psms psms.tsv run.mzML --score xcorr", "needs the column xcorr"},
+             {"targeted --psms psms.tsv run.mzML --diagrams none/d.html", "none/d.html"},
+             {"targeted --psms psms.tsv run.mzML --mode best", "--mode", 2},
+             {"targeted --psms psms.tsv run.mzML --isotope-selector 30,18", "ascending", 2},
+             {"targeted --psms psms.tsv run.mzML --mode fixed --diagrams d", "adaptive", 2},
+         }) {
+        expectRefused(bad);
     }
 }
 

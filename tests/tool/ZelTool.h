@@ -42,6 +42,16 @@ inline Outcome zel(const QStringList& arguments, const QString& folder = {})
     return run(text(ZEL_TOOL_PATH), arguments, folder);
 }
 
+/// A line that the tool must refuse.
+struct BadCall
+{
+    const char* line;
+    const char* errorPart; ///< must stand in the error line
+    int exitCode = 1;
+    const char* file = nullptr; ///< is there during the call
+    QByteArray content = {};
+};
+
 /// A folder for the files of a test.
 class ZelTool : public ::testing::Test
 {
@@ -80,6 +90,27 @@ protected:
     QStringList files() const
     {
         return QDir(m_folder.path()).entryList(QDir::Files | QDir::Hidden);
+    }
+
+    /// Expects the code, one clear line, and no file more or less.
+    void expectRefused(const BadCall& bad) const
+    {
+        SCOPED_TRACE(bad.line);
+        if (bad.file != nullptr) {
+            write(text(bad.file), bad.content);
+        }
+        const QStringList before = files();
+        const Outcome outcome = call(bad.line);
+        EXPECT_EQ(outcome.exitCode, bad.exitCode) << outcome.errors.toStdString();
+        EXPECT_TRUE(outcome.errors.startsWith(text("zel: "))) << outcome.errors.toStdString();
+        EXPECT_TRUE(outcome.errors.contains(text(bad.errorPart))) << outcome.errors.toStdString();
+        EXPECT_EQ(outcome.errors.trimmed().count(QLatin1Char('\n')), 0)
+            << outcome.errors.toStdString();
+        EXPECT_TRUE(outcome.output.isEmpty());
+        EXPECT_EQ(files(), before) << "files were left behind";
+        if (bad.file != nullptr) {
+            QFile::remove(path(text(bad.file)));
+        }
     }
 
     QTemporaryDir m_folder;

@@ -5,11 +5,9 @@
 
 #include "tests/support/Runs.h"
 
-#include <csignal>
-#include <ostream>
-
 namespace zel {
 
+using test::BadCall;
 using test::Outcome;
 using test::text;
 using ZelToolTest = test::ZelTool;
@@ -57,26 +55,6 @@ TEST_F(ZelToolTest, WritesTheChromatogramsOfTheLibraryDigitForDigit)
     EXPECT_TRUE(read(text("out.html")).contains("<svg"));
 }
 
-TEST_F(ZelToolTest, WritesIntoWhatIsNoFileInsteadOfReplacingIt)
-{
-    writeRun(text("run.mzML"), smallRun(3));
-    const Outcome outcome = call("xic run.mzML --mz 400 -o /dev/stdout");
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
-    EXPECT_EQ(outcome.output.count(QLatin1Char('\n')), 4);
-}
-
-TEST_F(ZelToolTest, TellsWhatARunHolds)
-{
-    writeRun(text("run.mzML"), smallRun());
-    const Outcome outcome = call("info --tsv run.mzML");
-    ASSERT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
-    const QStringList cells =
-        outcome.output.trimmed().split(QLatin1Char('\n')).value(1).split(QLatin1Char('\t'));
-    EXPECT_EQ(cells.mid(1, 3), (QStringList{text("1"), text("40"), text("120")}));
-    EXPECT_NEAR(cells.value(5).toDouble(), 3.9, 1e-9);
-    EXPECT_EQ(cells.value(8), text("centroid"));
-}
-
 TEST_F(ZelToolTest, SimulatesRunsThatItCanRead)
 {
     ASSERT_EQ(call("simulate -o s.mzML --minutes 4 --peptides 5 --drift 0.1 --samples 2").exitCode,
@@ -112,107 +90,37 @@ TEST_F(ZelToolTest, ReadsTheOptionsThatItHasWritten)
         << refused.errors.toStdString();
 }
 
-namespace {
-
-struct BadCall
+TEST_F(ZelToolTest, EndsABadCallWithOneClearLineAndNoFile)
 {
-    const char* name;
-    const char* line;
-    int exitCode;
-    const char* errorPart; ///< must stand in the error line
-    const char* file = nullptr;
-    const char* content = nullptr;
-};
-
-void PrintTo(const BadCall& call, std::ostream* os)
-{
-    *os << call.name;
-}
-
-class ZelToolBadCallTest : public ZelToolTest, public ::testing::WithParamInterface<BadCall>
-{};
-
-constexpr auto kWindows = "xic run.mzML --windows w.tsv -o out.tsv";
-constexpr auto kBadRun = "xic bad --mz 500 -o out.tsv";
-
-const BadCall kBadCalls[] = {
-    {"NoCommand", "", 2, "a command is missing"},
-    {"UnknownCommand", "foo", 2, "there is no command \"foo\"; the commands are features,"},
-    {"WordForAnOption", "xic run.mzML --mz abc", 2, "--mz: expected a number above 0, but found"},
-    {"ContradictingOptions",
-     "simulate -o s.mzML --drift 5",
-     2,
-     "--drift must be at most 3, but is 5"},
-    {"UnknownOption", "xic run.mzML --mass 5", 2, "--mass needs --isotopes"},
-    {"NoWindow", "xic run.mzML", 2, "one of --windows, --mz and --isotopes"},
-    {"ReversedTime", "xic run.mzML --mz 500 --rt 3-1", 2, "ends before it starts"},
-    {"TimeWithoutEnd", "xic run.mzML --mz 500 --rt 3", 2, "A-B"},
-    {"NegativeMz", "xic run.mzML --mz=-5", 2, "--mz"},
-    {"NotANumber", "xic run.mzML --mz 500 --ppm nan", 2, "--ppm: expected a number"},
-    {"MissingRun", kBadRun, 1, "bad"},
-    {"EmptyRun", kBadRun, 1, "bad", "bad", ""},
-    {"TextInsteadOfARun", kBadRun, 1, "bad", "bad", "this is no mzML file\n"},
-    {"OtherXml", kBadRun, 1, "bad", "bad", "<?xml version=\"1.0\"?><html></html>"},
-    {"GarbledGzip", kBadRun, 1, "bad", "bad", "\x1f\x8b\x08 and then nothing of the kind"},
-    {"NoScansOfTheLevel",
-     "xic run.mzML --mz 500 --ms-level 2 -o out.tsv",
-     1,
-     "holds no scans of MS level 2"},
-    {"UnwritableOutput", "xic run.mzML --mz 500 -o none/out.tsv", 1, "none/out.tsv"},
-    {"MissingWindows", kWindows, 1, "w.tsv"},
-    {"EmptyWindows", kWindows, 1, "w.tsv is empty", "w.tsv", ""},
-    {"WindowsWithoutColumns", kWindows, 1, "columns name", "w.tsv", "name\tmass\na\t5\n"},
-    {"WordForANumber", kWindows, 1, "w.tsv, line 2", "w.tsv", "name\tmz\tppm\nb\tmany\t5\n"},
-    {"InfiniteNumber", kWindows, 1, "w.tsv, line 2", "w.tsv", "name\tmz\tppm\na\tinf\t5\n"},
-    {"RowTooShort", kWindows, 1, "w.tsv, line 3", "w.tsv", "name\tmz\tppm\n\nb\t500\n"},
-    {"MzEndsReversed",
-     kWindows,
-     1,
-     "w.tsv, line 2",
-     "w.tsv",
-     "name\tmz_start\tmz_end\na\t500\t499\n"},
-    {"NameTwice", kWindows, 1, "w.tsv, line 3", "w.tsv", "name\tmz\tppm\na\t500\t5\na\t501\t5\n"},
-};
-
-} // namespace
-
-TEST_P(ZelToolBadCallTest, EndsWithOneClearLineAndNoFile)
-{
-    const BadCall& bad = GetParam();
+    constexpr auto windows = "xic run.mzML --windows w.tsv -o out.tsv";
+    constexpr auto badRun = "xic bad --mz 500 -o out.tsv";
     writeRun(text("run.mzML"), smallRun(3));
-    if (bad.file != nullptr) {
-        write(text(bad.file), bad.content);
+    for (const BadCall& bad : {
+             BadCall{"", "a command is missing", 2},
+             {"foo", "there is no command \"foo\"; the commands are features,", 2},
+             {"xic run.mzML --mz abc", "--mz: expected a number above 0, but found", 2},
+             {"simulate -o s.mzML --drift 5", "--drift must be at most 3, but is 5", 2},
+             {"xic run.mzML --mass 5", "--mass needs --isotopes", 2},
+             {"xic run.mzML", "one of --windows, --mz and --isotopes", 2},
+             {"xic run.mzML --mz 500 --rt 3-1", "ends before it starts", 2},
+             {"xic run.mzML --mz 500 --rt 3", "A-B", 2},
+             {"xic run.mzML --mz=-5", "--mz", 2},
+             {"xic run.mzML --mz 500 --ppm nan", "--ppm: expected a number", 2},
+             {"xic run.mzML --mz 500 --ms-level 2 -o out.tsv", "holds no scans of MS level 2"},
+             {"xic run.mzML --mz 500 -o none/out.tsv", "none/out.tsv"},
+             {badRun, "bad"},
+             {badRun, "bad", 1, "bad", "this is no mzML file\n"},
+             {windows, "w.tsv"},
+             {windows, "w.tsv is empty", 1, "w.tsv", ""},
+             {windows, "columns name", 1, "w.tsv", "name\tmass\na\t5\n"},
+             {windows, "w.tsv, line 2", 1, "w.tsv", "name\tmz\tppm\nb\tmany\t5\n"},
+             {windows, "w.tsv, line 2", 1, "w.tsv", "name\tmz\tppm\na\tinf\t5\n"},
+             {windows, "w.tsv, line 3", 1, "w.tsv", "name\tmz\tppm\n\nb\t500\n"},
+             {windows, "line 2", 1, "w.tsv", "name\tmz_start\tmz_end\na\t500\t499\n"},
+             {windows, "line 3", 1, "w.tsv", "name\tmz\tppm\na\t500\t5\na\t501\t5\n"},
+         }) {
+        expectRefused(bad);
     }
-    const QStringList before = files();
-    const Outcome outcome = call(bad.line);
-    EXPECT_EQ(outcome.exitCode, bad.exitCode) << outcome.errors.toStdString();
-    EXPECT_TRUE(outcome.errors.contains(text(bad.errorPart))) << outcome.errors.toStdString();
-    EXPECT_EQ(outcome.errors.trimmed().count(QLatin1Char('\n')), 0) << outcome.errors.toStdString();
-    EXPECT_TRUE(outcome.errors.startsWith(text("zel: "))) << outcome.errors.toStdString();
-    EXPECT_EQ(files(), before) << "files were left behind";
-}
-
-INSTANTIATE_TEST_SUITE_P(BadCalls,
-                         ZelToolBadCallTest,
-                         ::testing::ValuesIn(kBadCalls),
-                         [](const auto& call) { return std::string(call.param.name); });
-
-TEST_F(ZelToolTest, LeavesNothingBehindWhenInterrupted)
-{
-    const QString run = writeRun(text("run.mzML"), smallRun(6000));
-    const QStringList before = files();
-    QProcess process;
-    process.start(text(ZEL_TOOL_PATH),
-                  {text("xic"), run, text("--mz"), text("500"), text("-o"), path(text("out.tsv"))});
-    ASSERT_TRUE(process.waitForStarted());
-    // The first line of progress comes after the first of 24 chunks.
-    process.setReadChannel(QProcess::StandardError);
-    ASSERT_TRUE(process.waitForReadyRead());
-    kill(static_cast<pid_t>(process.processId()), SIGINT);
-    ASSERT_TRUE(process.waitForFinished());
-    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(process.exitCode(), 130);
-    EXPECT_EQ(files(), before);
 }
 
 } // namespace zel
