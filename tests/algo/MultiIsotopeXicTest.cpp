@@ -4,17 +4,15 @@
 #include "chemical_model/ChemicalFactory.h"
 #include "common/core_mini/src/algo/isotopes/AveragineGenerator.h"
 #include "tests/support/Runs.h"
-#include "tests/support/SourceProbe.h"
+#include "tests/support/XicSource.h"
 
 #include <gtest/gtest.h>
-
-#include <cmath>
-#include <limits>
 
 namespace zel {
 
 using test::HasError;
 using test::IsOk;
+using test::pointsOf;
 using test::SourceProbe;
 using test::valueOf;
 using ::testing::ElementsAre;
@@ -49,22 +47,16 @@ QList<QPointF> averagine(double mass, int charge)
     return AveragineGenerator(mass).generateSignal(charge);
 }
 
-Result<QList<QPointF>> sumXic(double mass,
+/// The sum of all isotopes of a form, by its mass or molecule, from 0 to 10 min.
+template <typename Form>
+Result<QList<QPointF>> sumXic(const Form& form,
                               double ppm,
                               msreader::MsDataSourceInterface* source,
                               bool isDeamidated)
 {
-    return MultiIsotopeXic().xic(mass,
-                                 2,
-                                 {},
-                                 ppm,
-                                 -1.0,
-                                 10.0,
-                                 0,
-                                 kEveryIsotope,
-                                 source,
-                                 MultiIsotopeXic::XicAggregationSum,
-                                 isDeamidated);
+    constexpr auto sum = MultiIsotopeXic::XicAggregationSum;
+    return MultiIsotopeXic().xic(
+        form, 2, {}, ppm, -1.0, 10.0, 0, kEveryIsotope, source, sum, isDeamidated);
 }
 
 void expectHeights(const Result<QList<QPointF>>& xic, double factor)
@@ -75,15 +67,6 @@ void expectHeights(const Result<QList<QPointF>>& xic, double factor)
         EXPECT_EQ(xic.value()[i].x(), static_cast<double>(i));
         EXPECT_NEAR(xic.value()[i].y(), factor * kHeights[i], 1e-9) << "point " << i;
     }
-}
-
-QList<QPointF> xicOf(const QList<double>& heights)
-{
-    QList<QPointF> xic;
-    for (qsizetype i = 0; i < heights.size(); ++i) {
-        xic.append(QPointF(static_cast<double>(i), heights[i]));
-    }
-    return xic;
 }
 
 QList<double> heightsOf(const QList<QPointF>& xic)
@@ -120,25 +103,12 @@ TEST(MultiIsotopeXicTest, TakesTheOtherFormsSignalOffByMolecule)
     QList<QPointF> pattern;
     ASSERT_THAT(factory->generateIsotopeEnvelope(molecule, 2, &pattern, 1), IsOk());
     const auto run = runWith(pattern);
-    const auto xic = [&run](const chem::Molecule& form, double ppm, bool isDeamidated) {
-        return MultiIsotopeXic().xic(form,
-                                     2,
-                                     {},
-                                     ppm,
-                                     -1.0,
-                                     10.0,
-                                     0,
-                                     kEveryIsotope,
-                                     run.get(),
-                                     MultiIsotopeXic::XicAggregationSum,
-                                     isDeamidated);
-    };
-    expectHeights(xic(molecule, kNarrowPpm, false), 1.0);
-    expectHeights(xic(deamidated, kWidePpm, true), 0.0);
+    expectHeights(sumXic(molecule, kNarrowPpm, run.get(), false), 1.0);
+    expectHeights(sumXic(deamidated, kWidePpm, run.get(), true), 0.0);
     // This form subtracts the overlapping windows as they are: with f the share of the first
     // isotope, 1 - (1 - f)^2.
     const double f = pattern.constFirst().y();
-    expectHeights(xic(molecule, kWidePpm, false), 1 - (1 - f) * (1 - f));
+    expectHeights(sumXic(molecule, kWidePpm, run.get(), false), 1 - (1 - f) * (1 - f));
 }
 
 TEST(MultiIsotopeXicTest, AsksOnceForAllIsotopesOfAForm)
@@ -156,17 +126,8 @@ TEST(MultiIsotopeXicTest, AsksOnceForAllIsotopesOfAForm)
     EXPECT_EQ(probe.xicCounts, (QList<qsizetype>{1, 1}))
         << "the first isotope alone exceeds the limit";
 
-    EXPECT_THAT(MultiIsotopeXic().xic(998.0,
-                                      2,
-                                      {},
-                                      5.0,
-                                      20.0,
-                                      30.0,
-                                      0,
-                                      0.1,
-                                      &probe,
-                                      MultiIsotopeXic::XicAggregationSum,
-                                      false),
+    constexpr auto sum = MultiIsotopeXic::XicAggregationSum;
+    EXPECT_THAT(MultiIsotopeXic().xic(998.0, 2, {}, 5.0, 20.0, 30.0, 0, 0.1, &probe, sum, false),
                 HasError(kError, "Cannot subtract XICs of different size."))
         << "no scan lies in the time span";
 }
@@ -182,7 +143,6 @@ TEST(MultiIsotopeXicTest, FoldsByTheHarmonicMeanAboveTheFloor)
     EXPECT_NEAR(mean({10, 10}), (10 - 0.1 * c) * 1.2, 1e-12);
     // The second isotope is missing: 1 / (0.6 / 10.025 + 0.4 / 0.025), less 1.1 c, times 1.2.
     EXPECT_NEAR(mean({10, 0}), (1 / (0.6 / 10.025 + 16.0) - 0.0275) * 1.2, 1e-12);
-    EXPECT_LT(mean({10, 0}), 0.01 * mean({10, 10}));
     EXPECT_EQ(mean({0, 0}), 0.0);
 
     const QList<double> noValues;
@@ -191,10 +151,10 @@ TEST(MultiIsotopeXicTest, FoldsByTheHarmonicMeanAboveTheFloor)
     EXPECT_THAT(weightedHarmonicMean(QList<double>{1, 2}, QList<double>{0.5, 0.0}, c),
                 HasError(kError, "Weights must be positive and non-zero."));
 
-    EXPECT_THAT(whmXics({}, {}, {}), HasError(kError, "Error in whmXics."));
-    EXPECT_THAT(whmXics({xicOf({1, 2})}, weights, {}), HasError(kError, "Error in whmXics."));
-    EXPECT_THAT(whmXics({xicOf({1, 2}), xicOf({1})}, weights, {}), HasError(kError));
-    const QList<QPointF> folded = valueOf(whmXics({xicOf({0, 10}), xicOf({0, 10})}, weights, {}));
+    EXPECT_THAT(whmXics({pointsOf({1, 2})}, weights, {}), HasError(kError, "Error in whmXics."));
+    EXPECT_THAT(whmXics({pointsOf({1, 2}), pointsOf({1})}, weights, {}), HasError(kError));
+    const QList<QPointF> folded =
+        valueOf(whmXics({pointsOf({0, 10}), pointsOf({0, 10})}, weights, {}));
     EXPECT_EQ(folded[0].y(), 0.0);
     EXPECT_NEAR(folded[1].y(), (10 - 0.1 * c) * 1.2, 1e-12)
         << "the offset is a 400th of the tallest isotope";
@@ -207,7 +167,7 @@ TEST(MultiIsotopeXicTest, LiftsTheOffsetByTheBasePeak)
     const auto foldedAt = [&params](const QList<double>& basePeaks) {
         params.basePeakIntensities = basePeaks;
         return heightsOf(
-            valueOf(whmXics({xicOf({10, 10, 10}), xicOf({2, 2, 2})}, {0.6, 0.4}, params)));
+            valueOf(whmXics({pointsOf({10, 10, 10}), pointsOf({2, 2, 2})}, {0.6, 0.4}, params)));
     };
     const double plain = foldedAt({})[0];
     EXPECT_EQ(foldedAt({0})[0], plain) << "0 / 0 leaves the offset alone";
@@ -217,22 +177,9 @@ TEST(MultiIsotopeXicTest, LiftsTheOffsetByTheBasePeak)
     EXPECT_EQ(lifted[2], lifted[1]) << "the last base peak serves all later points";
 }
 
-TEST(MultiIsotopeXicTest, SolvesLambertsEquation)
-{
-    EXPECT_NEAR(lambertW(1.0), 0.5671432904097838, 1e-15); // the omega constant
-    EXPECT_NEAR(lambertW(std::exp(1.0)), 1.0, 1e-15);
-    for (double x = 1e-12; x < 1e12; x *= 3.7) {
-        const double w = lambertW(x);
-        EXPECT_NEAR(w * std::exp(w), x, 1e-14 * x * (1 + w)) << x;
-    }
-    EXPECT_EQ(lambertW(0.0), 0.0);
-    EXPECT_EQ(lambertW(-0.1), 0.0);
-    EXPECT_EQ(lambertW(std::numeric_limits<double>::quiet_NaN()), 0.0);
-}
-
 TEST(MultiIsotopeXicTest, SmoothsOverWholeNeighbours)
 {
-    const QList<QList<QPointF>> xics = {xicOf({0, 6, 0, 0, 30})};
+    const QList<QList<QPointF>> xics = {pointsOf({0, 6, 0, 0, 30})};
     EXPECT_THAT(heightsOf(smoothXics(xics, 2)[0]), ElementsAre(3, 2, 2, 10, 15));
     EXPECT_THAT(heightsOf(smoothXics(xics, 4)[0]), ElementsAre(2, 1.5, 7.2, 9, 10))
         << "an even 4 takes 5 points";
@@ -244,8 +191,8 @@ TEST(MultiIsotopeXicTest, SmoothsOverWholeNeighbours)
 TEST(MultiIsotopeXicTest, SubtractsFormsThatAreAlreadyCut)
 {
     const MultiIsotopeXic folder;
-    const QList<QPointF> all = xicOf({100, 100});
-    const QList<QPointF> none = xicOf({0, 0});
+    const QList<QPointF> all = pointsOf({100, 100});
+    const QList<QPointF> none = pointsOf({0, 0});
     const QList<double> weights = {0.5, 0.3, 0.15, 0.05};
     const double heavy =
         valueOf(folder.WHMSubtractionTest(none, all, all, all, all, weights))[0].y();
@@ -253,11 +200,11 @@ TEST(MultiIsotopeXicTest, SubtractsFormsThatAreAlreadyCut)
     const double both = valueOf(folder.WHMSubtractionTest(all, all, all, all, all, weights))[0].y();
     EXPECT_NEAR(both, 0.5 * valueOf(whmXics({all, all, all, all}, weights, {}))[0].y(), 1e-9);
     EXPECT_LT(both, heavy);
-    EXPECT_THAT(valueOf(subtract(xicOf({5, 1}), xicOf({4, 4}), 0.5)),
+    EXPECT_THAT(valueOf(subtract(pointsOf({5, 1}), pointsOf({4, 4}), 0.5)),
                 ElementsAre(QPointF(0, 3), QPointF(1, 0)));
-    EXPECT_THAT(folder.WHMSubtractionTest(all, all, all, xicOf({1}), all, weights),
+    EXPECT_THAT(folder.WHMSubtractionTest(all, all, all, pointsOf({1}), all, weights),
                 HasError(kError));
-    EXPECT_THAT(subtract(xicOf({1, 2}), QList<QPointF>{{0, 1}, {1.5, 2}}, 0.5),
+    EXPECT_THAT(subtract(pointsOf({1, 2}), QList<QPointF>{{0, 1}, {1.5, 2}}, 0.5),
                 HasError(kError, "Retention times should be equivalent, check input params."));
     EXPECT_THAT(subtract({}, {}, 0.5), HasError(kError, "Cannot subtract XICs of different size."));
 }

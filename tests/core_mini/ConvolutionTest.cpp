@@ -52,10 +52,7 @@ TEST(ConvolutionTest, EqualsTheDefinitionForAllSizes)
 
 TEST(ConvolutionTest, LeavesAFlatSignalExactlyFlat)
 {
-    std::mt19937 generator(8);
-    std::uniform_real_distribution<double> weight(-1.0, 1.0);
-    std::vector<double> kernel(183);
-    std::ranges::generate(kernel, [&] { return weight(generator); });
+    const std::vector<double> kernel = {0.3, -0.7, 0.1, 0.9, 1.0 / 3};
     std::vector<double> out;
     ASSERT_TRUE(core::conv(std::vector<double>(101, 0.1), kernel, 0, &out));
     EXPECT_THAT(out, Each(out.front()));

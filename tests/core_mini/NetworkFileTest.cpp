@@ -115,9 +115,9 @@ TEST(NetworkFileTest, TellsFilesThatCannotBeOpenedFromThoseThatDoNotFit)
 {
     const QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("networks"));
-    EXPECT_THAT(loadCharge(path), HasError(kFileOpenError));
-    EXPECT_THAT(loadCharge(folder.path()), HasError(kFileOpenError));
-    EXPECT_THAT(loadCharge(QString()), HasError(kFileOpenError));
+    for (const QString& none : {path, folder.path(), QString()}) {
+        EXPECT_THAT(loadCharge(none), HasError(kFileOpenError));
+    }
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(withHeader(shipped(), "\"charge\"", "\"other\""));

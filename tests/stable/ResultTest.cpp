@@ -9,16 +9,9 @@
 namespace zel {
 
 using test::HasError;
-using test::IsOk;
 using ::testing::ElementsAre;
-using ::testing::IsEmpty;
 
 namespace {
-
-static_assert(std::is_nothrow_move_constructible_v<Error>);
-static_assert(std::is_copy_constructible_v<Result<int>>);
-static_assert(!std::is_copy_constructible_v<Result<std::unique_ptr<int>>>);
-static_assert(std::is_move_constructible_v<Result<std::unique_ptr<int>>>);
 
 Error innermost()
 {
@@ -48,20 +41,11 @@ TEST(ResultTest, CarriesOneFrameForEachFunctionInnermostFirst)
     ASSERT_THAT(result, HasError(kFileOpenError, "no such file"));
     const QList<ErrorFrame> frames = result.error().frames();
     ASSERT_EQ(frames.size(), 3);
-    EXPECT_TRUE(frames[0].function.contains(QStringLiteral("innermost")));
-    EXPECT_TRUE(frames[1].function.contains(QStringLiteral("middle")));
-    EXPECT_TRUE(frames[2].function.contains(QStringLiteral("outermost")));
-    EXPECT_TRUE(frames[0].file.endsWith(QStringLiteral("ResultTest.cpp")));
-    EXPECT_GT(frames[1].line, frames[0].line);
-}
-
-TEST(ResultTest, HoldsAMoveOnlyValueWithoutAnError)
-{
-    const Result<QString> result = outermost(false);
-    ASSERT_THAT(result, IsOk());
-    EXPECT_EQ(result.value(), QStringLiteral("7"));
-    EXPECT_FALSE(result.error().hasError());
-    EXPECT_THAT(result.error().frames(), IsEmpty());
+    const char* const functions[] = {"innermost", "middle", "outermost"};
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_TRUE(frames[i].function.contains(QLatin1String(functions[i]))) << i;
+    }
+    EXPECT_EQ(test::valueOf(outermost(false)), QStringLiteral("7"));
 }
 
 TEST(ResultTest, KeepsTheTwoWarningListsOfAFailureAlike)
@@ -74,22 +58,6 @@ TEST(ResultTest, KeepsTheTwoWarningListsOfAFailureAlike)
     EXPECT_EQ(failed.warnings().size(), 2);
     failed.resetWarning(QStringLiteral("only"));
     EXPECT_THAT(failed.error().warnings(), ElementsAre(QStringLiteral("only")));
-
-    Result<int> succeeded(5);
-    succeeded.addWarning(QStringLiteral("unusual"));
-    EXPECT_THAT(succeeded.warnings(), ElementsAre(QStringLiteral("unusual")));
-    EXPECT_THAT(succeeded.error().warnings(), IsEmpty());
-}
-
-TEST(ResultTest, ReplacesAnErrorByACode)
-{
-    Error error(kError, "text");
-    error.ecatch("f", "file", 1);
-    error = kNoError;
-    EXPECT_FALSE(error.hasError());
-    EXPECT_TRUE(error == kNoError);
-    EXPECT_THAT(error.frames(), IsEmpty());
-    EXPECT_TRUE(error.message().isEmpty());
 }
 
 } // namespace zel

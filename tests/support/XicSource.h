@@ -23,7 +23,6 @@ public:
 
     QList<QList<XicDimensions>> requests;
     QList<std::optional<std::pair<int, msreader::PeakPickingFilter>>> filters;
-    Error failXicsWith;
     bool dropsLastXic = false;
 
     Result<math::ClosedMultiInterval<double, 6>> retentionTimeRange() override
@@ -50,9 +49,6 @@ private:
     Result<QList<QList<QPointF>>> serve(const QList<XicDimensions>& boxes)
     {
         requests.append(boxes);
-        if (failXicsWith.hasError()) {
-            return failXicsWith;
-        }
         QList<QList<QPointF>> xics;
         for (const XicDimensions& box : boxes) {
             xics.append(QList<QPointF>());

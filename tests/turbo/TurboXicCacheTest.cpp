@@ -9,18 +9,19 @@
 #include <QFile>
 #include <QLoggingCategory>
 #include <QTemporaryDir>
+#include <QtEndian>
 #include <gtest/gtest.h>
 
 #include <sys/resource.h>
 
+#include <array>
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
-#include <functional>
 #include <iostream>
 #include <limits>
 #include <memory>
 #include <new>
+#include <tuple>
 
 namespace zel {
 
@@ -159,16 +160,14 @@ Places placesIn(const QByteArray& bytes)
 }
 
 template <typename T>
-void putRaw(QByteArray& bytes, qsizetype place, T value)
+QByteArray rawOf(T value)
 {
-    std::memcpy(bytes.data() + place, &value, sizeof value);
+    return QByteArray(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
-void putBigEndian(QByteArray& bytes, qsizetype place, qint64 value)
+QByteArray bigEndian(qint64 value)
 {
-    QByteArray text;
-    QDataStream(&text, QIODevice::WriteOnly) << value;
-    bytes.replace(place, 8, text);
+    return rawOf(qToBigEndian(value));
 }
 
 } // namespace
@@ -200,20 +199,13 @@ TEST_F(TurboXicCacheTest, LaysTheBytesOutAsDescribed)
     const QByteArray bytes = savedBytes(*indexOf({kPeaks, {}, {{450.25, 2.5}}}));
     const Places places = placesIn(bytes);
     ASSERT_EQ(places.end, bytes.size());
-    const auto raw = [&bytes](qsizetype place, auto zero) {
-        std::memcpy(&zero, bytes.constData() + place, sizeof zero);
-        return zero;
+    const auto has = [&bytes](qsizetype place, const auto& values) {
+        return bytes.mid(place, sizeof values) == rawOf(values);
     };
-    EXPECT_EQ(raw(places.times + 16, 0.0), 0.1 * 2);
-    for (const auto& [i, value] : {std::pair{0, 3.0}, {1, 7.0}, {2, 2.5}}) {
-        EXPECT_EQ(raw(places.values + 8 * i, 0.0), value);
-    }
-    for (const auto& [i, start] : {std::pair{0, 0}, {1, 2}, {2, 2}}) {
-        EXPECT_EQ(raw(places.columnStarts + 4 * i, 0), start);
-    }
-    for (const auto& [i, row] : {std::pair{0, 40000}, {1, 50000}, {2, 45025}}) {
-        EXPECT_EQ(raw(places.rows + 4 * i, 0), row);
-    }
+    EXPECT_TRUE(has(places.times, std::array{0.0, 0.1, 0.1 * 2}));
+    EXPECT_TRUE(has(places.values, std::array{3.0, 7.0, 2.5}));
+    EXPECT_TRUE(has(places.columnStarts, std::array{0, 2, 2}));
+    EXPECT_TRUE(has(places.rows, std::array{40000, 50000, 45025}));
 }
 
 TEST_F(TurboXicCacheTest, CompletesColumnStartsThatWereLeftOut)
@@ -221,8 +213,7 @@ TEST_F(TurboXicCacheTest, CompletesColumnStartsThatWereLeftOut)
     const auto index = indexOf({kPeaks, kPeaks, {}, {}});
     QByteArray bytes = savedBytes(*index);
     const Places places = placesIn(bytes);
-    putRaw(bytes, places.columnStarts + 8, 0);
-    putRaw(bytes, places.columnStarts + 12, 0);
+    bytes.replace(places.columnStarts + 8, 8, QByteArray(8, '\0'));
     TurboXic loaded(smallSettings());
     ASSERT_THAT(loaded.load(bytes), IsOk());
     EXPECT_TRUE(loaded.compare(*index));
@@ -247,47 +238,33 @@ TEST_F(TurboXicCacheTest, RefusesDamagedBytesAndStaysAsItWas)
     }
 
     constexpr qint64 huge = std::numeric_limits<qint64>::max();
-    const std::pair<const char*, std::function<void(QByteArray&)>> damages[] = {
-        {"negative scan count",
-         [&](QByteArray& bytes) { putBigEndian(bytes, places.timeCount, -1); }},
-        {"scan count that overflows",
-         [&](QByteArray& bytes) { putBigEndian(bytes, places.timeCount, huge / 4); }},
-        {"NaN time", [&](QByteArray& bytes) { putRaw(bytes, places.times, std::nan("")); }},
-        {"NaN intensity",
-         [&](QByteArray& bytes) { putRaw(bytes, places.values + 8, std::nan("")); }},
-        {"infinite intensity", [&](QByteArray& bytes) { putRaw(bytes, places.values, -HUGE_VAL); }},
-        {"descending times", [&](QByteArray& bytes) { putRaw(bytes, places.times, 99.0); }},
-        {"negative rows", [&](QByteArray& bytes) { putBigEndian(bytes, places.shape, -5); }},
-        {"rows beyond an index",
-         [&](QByteArray& bytes) { putBigEndian(bytes, places.shape, 1LL << 40); }},
-        {"other columns than scans",
-         [&](QByteArray& bytes) { putBigEndian(bytes, places.shape + 8, 2); }},
-        {"huge entry count",
-         [&](QByteArray& bytes) { putBigEndian(bytes, places.shape + 16, huge); }},
-        {"too many entries", [&](QByteArray& bytes) { putBigEndian(bytes, places.shape + 16, 5); }},
-        {"negative entries",
-         [&](QByteArray& bytes) { putBigEndian(bytes, places.shape + 16, -4); }},
-        {"other outer size", [&](QByteArray& bytes) { putBigEndian(bytes, places.shape + 24, 4); }},
-        {"other inner size", [&](QByteArray& bytes) { putBigEndian(bytes, places.shape + 32, 4); }},
-        {"byte order of another machine",
-         [&](QByteArray& bytes) {
-             std::reverse(bytes.begin() + places.columnStarts + 4,
-                          bytes.begin() + places.columnStarts + 8);
-         }},
-        {"first column not at 0",
-         [&](QByteArray& bytes) { putRaw(bytes, places.columnStarts, 1); }},
-        {"descending columns",
-         [&](QByteArray& bytes) { putRaw(bytes, places.columnStarts + 4, 5); }},
-        {"row beyond the matrix",
-         [&](QByteArray& bytes) { putRaw(bytes, places.rows + 4, 60000); }},
-        {"negative row", [&](QByteArray& bytes) { putRaw(bytes, places.rows, -1); }},
-        {"rows out of order", [&](QByteArray& bytes) { putRaw(bytes, places.rows, 50001); }},
-        {"row twice", [&](QByteArray& bytes) { putRaw(bytes, places.rows, 50000); }},
+    const std::tuple<const char*, qsizetype, QByteArray> damages[] = {
+        {"negative scan count", places.timeCount, bigEndian(-1)},
+        {"scan count that overflows", places.timeCount, bigEndian(huge / 4)},
+        {"NaN time", places.times, rawOf(std::nan(""))},
+        {"NaN intensity", places.values + 8, rawOf(std::nan(""))},
+        {"infinite intensity", places.values, rawOf(-HUGE_VAL)},
+        {"descending times", places.times, rawOf(99.0)},
+        {"negative rows", places.shape, bigEndian(-5)},
+        {"rows beyond an index", places.shape, bigEndian(1LL << 40)},
+        {"other columns than scans", places.shape + 8, bigEndian(2)},
+        {"huge entry count", places.shape + 16, bigEndian(huge)},
+        {"too many entries", places.shape + 16, bigEndian(5)},
+        {"negative entries", places.shape + 16, bigEndian(-4)},
+        {"other outer size", places.shape + 24, bigEndian(4)},
+        {"other inner size", places.shape + 32, bigEndian(4)},
+        {"byte order of another machine", places.columnStarts + 4, rawOf(2 << 24)},
+        {"first column not at 0", places.columnStarts, rawOf(1)},
+        {"descending columns", places.columnStarts + 4, rawOf(5)},
+        {"row beyond the matrix", places.rows + 4, rawOf(60000)},
+        {"negative row", places.rows, rawOf(-1)},
+        {"rows out of order", places.rows, rawOf(50001)},
+        {"row twice", places.rows, rawOf(50000)},
     };
-    for (const auto& [what, damage] : damages) {
+    for (const auto& [what, place, damage] : damages) {
         QByteArray bytes = good;
-        damage(bytes);
-        expectKept(kept->load(bytes), "Invalid file format", what);
+        expectKept(
+            kept->load(bytes.replace(place, damage.size(), damage)), "Invalid file format", what);
     }
     QByteArray otherVersion = good;
     otherVersion[places.version + 3] = 3;
