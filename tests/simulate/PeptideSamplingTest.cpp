@@ -3,7 +3,6 @@
 #include "tests/support/Matchers.h"
 
 #include <QFile>
-#include <QSet>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
@@ -62,21 +61,6 @@ TEST(FastaTest, IsReadWhateverItsLineEndsOrRefusedWithTheLineThatIsWrong)
         ASSERT_THAT(result, HasError(kFileFormatError)) << content.constData();
         EXPECT_THAT(result.error().message().toStdString(), HasSubstr(place));
     }
-}
-
-TEST(PeptideSamplingTest, MakesRandomTrypticPeptidesOfNaturalComposition)
-{
-    SimulationSettings settings;
-    settings.peptideCount = 5000;
-    const QStringList peptides = valueOf(choosePeptides(settings));
-    ASSERT_EQ(peptides.size(), 5000);
-    EXPECT_EQ(QSet<QString>(peptides.cbegin(), peptides.cend()).size(), 5000);
-    const QString all = peptides.join(QString());
-    const auto leucines = static_cast<double>(all.count(u'L'));
-    EXPECT_NEAR(leucines / static_cast<double>(all.size() - 5000), 0.0965 / 0.8867, 0.005);
-    EXPECT_EQ(all.count(u'K') + all.count(u'R'), 5000) << "at the ends only";
-    settings.minPeptideLength = settings.maxPeptideLength = 1;
-    EXPECT_THAT(choosePeptides(settings), HasError(kBadParameterError)); // there are K and R only
 }
 
 } // namespace zel::simulate

@@ -6,8 +6,6 @@
 #include "tools/simulate/SimulatedPeptide.h"
 #include "tools/sources/memory/InMemoryDataSource.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -17,7 +15,6 @@ namespace zel::simulate {
 using msreader::InMemoryScan;
 using msreader::PeakPickingFilter;
 using test::HasError;
-using test::IsOk;
 using test::valueOf;
 using ::testing::HasSubstr;
 
@@ -233,42 +230,6 @@ TEST(SimulatorTest, RefusesSettingsThatMakeNoSense)
     }
     EXPECT_THAT(simulateRun(smallRun(), 1), HasError(kBadParameterError));
     EXPECT_THAT(simulateRun(smallRun(), -1), HasError(kBadParameterError));
-}
-
-TEST(TruthTest, GivesOneWindowForAnIonOfAllSamplesAndOneMatchForEach)
-{
-    TrueIon early;
-    early.sequence = QStringLiteral("PEPTIDEK");
-    early.charge = 2;
-    early.rtStart = 3.0;
-    early.rtApex = 3.5;
-    early.rtEnd = 4.0;
-    early.apexIntensity = 5.0;
-    TrueIon late = early;
-    late.sample = 1;
-    late.rtStart = 3.25;
-    late.rtApex = 3.75;
-    late.rtEnd = 4.5;
-    TrueIon strongest = late;
-    strongest.charge = 3;
-    strongest.apexIntensity = 7.0;
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("table.tsv"));
-    const auto written = [&path] {
-        QFile file(path);
-        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-    };
-    ASSERT_THAT(writeWindows(path, {early, late, strongest}), IsOk());
-    EXPECT_EQ(written(),
-              "name\tmz\tppm\trt_start\trt_end\n"
-              "PEPTIDEK/3+\t0\t10\t3.25\t4.5\nPEPTIDEK/2+\t0\t10\t3\t4.5\n");
-    ASSERT_THAT(writeMatches(path,
-                             {early, late},
-                             {QStringLiteral("run_1.mzML"), QStringLiteral("run_2.mzML")}),
-                IsOk());
-    EXPECT_EQ(written(),
-              "run\tsequence\tcharge\trt\tmz\n"
-              "run_1.mzML\tPEPTIDEK\t2\t3.5\t0\nrun_2.mzML\tPEPTIDEK\t2\t3.75\t0\n");
 }
 
 } // namespace zel::simulate

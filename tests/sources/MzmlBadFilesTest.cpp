@@ -184,10 +184,4 @@ TEST(MzmlBadFilesTest, NamesTheFileAndWhatIsWrong)
     }
 }
 
-TEST(MzmlBadFilesTest, RefusesAFolder)
-{
-    const QTemporaryDir folder;
-    EXPECT_THAT(MzmlDataSource::open(folder.path()), HasError(kFileOpenError));
-}
-
 } // namespace zel::msreader
