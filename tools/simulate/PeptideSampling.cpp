@@ -1,6 +1,6 @@
 #include "tools/simulate/PeptideSampling.h"
 
-#include "tools/io/InputFile.h"
+#include "tools/io/FastaFile.h"
 #include "tools/simulate/RandomStream.h"
 
 #include <QSet>
@@ -142,29 +142,10 @@ QStringList digest(const QStringList& proteins, const SimulationSettings& settin
 
 Result<QStringList> readFasta(const QString& path)
 {
-    ZEL_ASSIGN_OR_RETURN(const auto input, io::InputFile::open(path));
-    ZEL_ASSIGN_OR_RETURN(const QByteArray bytes, input->readText());
+    ZEL_ASSIGN_OR_RETURN(const io::FastaFile file, io::readFasta(path));
     QStringList proteins;
-    int lineNumber = 0;
-    for (const QByteArray& rawLine : bytes.split('\n')) {
-        ++lineNumber;
-        const QByteArray line = rawLine.trimmed();
-        if (line.startsWith('>')) {
-            proteins.append(QString());
-            continue;
-        }
-        const bool isSequence = std::ranges::all_of(line, [](char c) {
-            return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '*' || c == '-';
-        });
-        if (!isSequence || (proteins.isEmpty() && !line.isEmpty())) {
-            ZEL_RETURN_ERROR(kFileFormatError,
-                             QStringLiteral("FASTA file %1, line %2: a header that starts with > "
-                                            "or a sequence of letters is wanted")
-                                 .arg(path, QString::number(lineNumber)));
-        }
-        if (!line.isEmpty()) {
-            proteins.back() += QString::fromLatin1(line.toUpper());
-        }
+    for (const io::FastaRecord& record : file.records) {
+        proteins.append(record.sequence);
     }
     return proteins;
 }
