@@ -97,7 +97,7 @@ TEST_F(ZelToolTest, EndsABadCallWithOneClearLineAndNoFile)
     writeRun(text("run.mzML"), smallRun(3));
     for (const BadCall& bad : {
              BadCall{"", "a command is missing", 2},
-             {"foo", "there is no command \"foo\"; the commands are features,", 2},
+             {"foo", "there is no command \"foo\"; the commands are digest,", 2},
              {"xic run.mzML --mz abc", "--mz: expected a number above 0, but found", 2},
              {"simulate -o s.mzML --drift 5", "--drift must be at most 3, but is 5", 2},
              {"xic run.mzML --mass 5", "--mass needs --isotopes", 2},

@@ -96,13 +96,16 @@ int main(int argc, char** argv)
     tool::ToolOptions options;
     tool::addToolOptions(tool, options);
     tool::CommandAction chosen;
+    tool::addDigestCommand(tool, chosen);
     tool::addFeaturesCommand(tool, chosen);
     tool::addInfoCommand(tool, chosen);
     tool::addManualCommand(tool, chosen);
+    tool::addMatchCommand(tool, chosen);
     tool::addSimulateCommand(tool, chosen);
     tool::addTargetedCommand(tool, chosen);
     tool::addXicCommand(tool, chosen);
     tool::addXimCommand(tool, chosen);
+    tool::addXlinkCommand(tool, chosen);
     try {
         tool::parseArguments(tool, argc, argv);
     } catch (const CLI::Success& answer) { // help or version

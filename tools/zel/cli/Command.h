@@ -24,12 +24,15 @@ struct CommandContext
 using CommandAction = std::function<Error(const CommandContext&)>;
 
 // Each declares its command's arguments and, when the command is chosen, sets `chosen` to its work.
+void addDigestCommand(CLI::App& tool, CommandAction& chosen);
 void addFeaturesCommand(CLI::App& tool, CommandAction& chosen);
 void addInfoCommand(CLI::App& tool, CommandAction& chosen);
 void addManualCommand(CLI::App& tool, CommandAction& chosen);
+void addMatchCommand(CLI::App& tool, CommandAction& chosen);
 void addSimulateCommand(CLI::App& tool, CommandAction& chosen);
 void addTargetedCommand(CLI::App& tool, CommandAction& chosen);
 void addXicCommand(CLI::App& tool, CommandAction& chosen);
 void addXimCommand(CLI::App& tool, CommandAction& chosen);
+void addXlinkCommand(CLI::App& tool, CommandAction& chosen);
 
 } // namespace zel::tool
