@@ -2,14 +2,19 @@
 
 #include "fuzz/FuzzFile.h"
 #include "tools/identifications/SpectrumMatchReaders.h"
+#include "tools/io/InputFile.h"
 
 #include <cmath>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const FuzzFile file(data, size);
+    const auto input = zel::io::InputFile::open(file.path());
+    if (!input.isOk()) {
+        return 0;
+    }
     zel::identifications::MatchReport report;
-    const auto matches = zel::identifications::readMatchTable(file.path(), {}, &report);
+    const auto matches = zel::identifications::readMatchTable(*input.value(), {}, &report);
     if (!matches.isOk()) {
         return 0;
     }
