@@ -67,7 +67,8 @@ TEST_F(RunSelectionTest, NeverMixesPolarities)
 TEST_F(RunSelectionTest, NeverMixesCompensationVoltages)
 {
     writeMixedRun([](InMemoryScan& scan, bool isSecond) {
-        scan.info.compensationVoltage = isSecond ? -60.0 : -45.0;
+        const double jitter = scan.info.retentionTimeMinutes > 5.0 ? 0.004 : 0.0;
+        scan.info.compensationVoltage = (isSecond ? -60.0 : -45.0) + jitter;
     });
     expectRefused({"xic run.mzML --mz 500", "-60, -45 V"});
     expectRefused({"xic run.mzML --mz 500 --faims -50", "faims-50"});
@@ -81,7 +82,8 @@ TEST_F(RunSelectionTest, NeverMixesIsolationWindows)
     writeMixedRun([](InMemoryScan& scan, bool isSecond) {
         if (scan.info.retentionTimeMinutes > 1.0) {
             scan.info.msLevel = 2;
-            scan.precursor.isolationMz = isSecond ? 415.0 : 405.0;
+            const double jitter = scan.info.retentionTimeMinutes > 5.0 ? 1e-5 : 0.0;
+            scan.precursor.isolationMz = (isSecond ? 415.0 : 405.0) + jitter;
             scan.precursor.isolationLowerOffset = scan.precursor.isolationUpperOffset = 7.0;
         }
     });
@@ -91,6 +93,7 @@ TEST_F(RunSelectionTest, NeverMixesIsolationWindows)
                    "no isolation window contains m/z 423"});
     EXPECT_EQ(intensities("--ms-level 2 --isolation 409"), "10");
     EXPECT_EQ(intensities("--ms-level 2 --isolation 411"), "1000");
+    EXPECT_EQ(call("xic run.mzML --mz 500 --ms-level 2 --isolation 411").output.count(u'\n'), 6);
     EXPECT_EQ(intensities(), "10") << "MS1 is of one kind";
 }
 

@@ -5,20 +5,39 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <functional>
 #include <tuple>
+#include <utility>
 
 namespace zel::msreader {
 
 namespace {
 
-/// What a compensation voltage may differ by, V, and an m/z lie outside an isolation window.
+/// What values of one kind may differ by, as instruments let them jitter: compensation voltages, V,
+/// and centres and offsets of isolation windows, m/z. Also what an m/z may lie outside a window.
 constexpr double kTolerance = 0.01;
 
-auto orderOf(const PrecursorInfo& window)
+std::array<double, 1> orderOf(double voltage)
 {
-    return std::tuple(window.isolationMz, window.isolationLowerOffset, window.isolationUpperOffset);
+    return {voltage};
+}
+
+std::array<double, 3> orderOf(const PrecursorInfo& window)
+{
+    return {window.isolationMz, window.isolationLowerOffset, window.isolationUpperOffset};
+}
+
+bool isNear(double a, double b)
+{
+    return std::abs(a - b) <= kTolerance;
+}
+
+/// Whether two voltages or windows are of one kind.
+template <typename Value>
+bool isSame(const Value& a, const Value& b)
+{
+    return std::ranges::equal(orderOf(a), orderOf(b), isNear);
 }
 
 bool hasWindow(const ScanRecord& scan)
@@ -32,16 +51,24 @@ bool contains(const PrecursorInfo& window, double mz)
            mz <= window.isolationMz + window.isolationUpperOffset + kTolerance;
 }
 
-/// Sorts and leaves each value once.
-template <typename Value, typename Order>
-void sortOut(QList<Value>& values, Order order)
+/// Sorts, and leaves of each kind the first.
+template <typename Value>
+void sortOut(QList<Value>& values)
 {
+    const auto order = [](const Value& value) { return orderOf(value); };
     std::ranges::sort(values, {}, order);
-    // Not std::ranges::unique, of which clang 14 cannot read what it returns.
-    const auto isRepeated = [&order](const Value& a, const Value& b) {
-        return std::invoke(order, a) == std::invoke(order, b);
-    };
-    values.erase(std::unique(values.begin(), values.end(), isRepeated), values.end());
+    QList<Value> kinds;
+    for (const Value& value : std::as_const(values)) {
+        auto kind = kinds.crbegin(); // of thousands of windows only the near ones are looked at
+        while (kind != kinds.crend() && isNear(orderOf(*kind)[0], orderOf(value)[0]) &&
+               !isSame(*kind, value)) {
+            ++kind;
+        }
+        if (kind == kinds.crend() || !isSame(*kind, value)) {
+            kinds.append(value);
+        }
+    }
+    values = kinds;
 }
 
 } // namespace
@@ -70,7 +97,8 @@ ScanKinds kindsOf(std::span<const ScanRecord> scans, int msLevel)
         if (scan.info.msLevel != msLevel) {
             continue;
         }
-        if (scan.info.polarity != Polarity::Unknown) {
+        if (scan.info.polarity != Polarity::Unknown &&
+            !kinds.polarities.contains(scan.info.polarity)) {
             kinds.polarities.append(scan.info.polarity);
         }
         if (scan.info.compensationVoltage) {
@@ -80,15 +108,15 @@ ScanKinds kindsOf(std::span<const ScanRecord> scans, int msLevel)
             kinds.isolationWindows.append(scan.precursor);
         }
     }
-    sortOut(kinds.polarities, std::identity());
-    sortOut(kinds.compensationVoltages, std::identity());
-    sortOut(kinds.isolationWindows, orderOf);
+    std::ranges::sort(kinds.polarities);
+    sortOut(kinds.compensationVoltages);
+    sortOut(kinds.isolationWindows);
     return kinds;
 }
 
 bool isSameWindow(const PrecursorInfo& a, const PrecursorInfo& b)
 {
-    return orderOf(a) == orderOf(b);
+    return isSame(a, b);
 }
 
 std::optional<PrecursorInfo> windowAround(std::span<const ScanRecord> scans, double mz)
@@ -112,8 +140,8 @@ bool isSelected(const ScanRecord& scan,
 {
     const std::optional<double>& voltage = selection.compensationVoltage;
     return (!selection.polarity || scan.info.polarity == *selection.polarity) &&
-           (!voltage || (scan.info.compensationVoltage &&
-                         std::abs(*scan.info.compensationVoltage - *voltage) <= kTolerance)) &&
+           (!voltage ||
+            (scan.info.compensationVoltage && isSame(*scan.info.compensationVoltage, *voltage))) &&
            (!window || !hasWindow(scan) || isSameWindow(scan.precursor, *window));
 }
 

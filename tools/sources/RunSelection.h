@@ -24,7 +24,8 @@ struct RunSelection
 };
 
 /// What the scans of one MS level differ in and must not be mixed by, without those that state
-/// nothing of it.
+/// nothing of it. Voltages, and the centres and offsets of windows, that differ by 0.01 at most
+/// are of one kind; the lowest stands for it.
 struct ScanKinds
 {
     QList<Polarity> polarities;            ///< positive before negative
@@ -32,9 +33,9 @@ struct ScanKinds
     QList<PrecursorInfo> isolationWindows; ///< ascending by centre, then by offsets
 };
 
-/// The different ones, each once.
 ScanKinds kindsOf(std::span<const ScanRecord> scans, int msLevel);
 
+/// Whether they are of one kind.
 bool isSameWindow(const PrecursorInfo& a, const PrecursorInfo& b);
 
 /// The isolation window that contains the m/z, to 0.01 at its ends. Of several windows, as

@@ -13,13 +13,14 @@ using msreader::RunSelection;
 
 namespace {
 
-/// What a mix of scans is of, and the option that chooses; empty when they are of one kind.
-QString mixOf(const msreader::ScanKinds& kinds)
+/// What a mix of scans is of, and the option that chooses; empty when they are of one kind, or the
+/// choice is made.
+QString mixOf(const msreader::ScanKinds& kinds, const RunSelection& selection, int msLevel)
 {
-    if (kinds.polarities.size() > 1) {
+    if (!selection.polarity && kinds.polarities.size() > 1) {
         return QStringLiteral("both polarities; choose one with --polarity");
     }
-    if (kinds.compensationVoltages.size() > 1) {
+    if (!selection.compensationVoltage && kinds.compensationVoltages.size() > 1) {
         QStringList voltages;
         for (const double voltage : kinds.compensationVoltages) {
             voltages.append(QString::number(voltage));
@@ -27,7 +28,8 @@ QString mixOf(const msreader::ScanKinds& kinds)
         return QStringLiteral("compensation voltages %1 V; choose one with --faims")
             .arg(voltages.join(QLatin1String(", ")));
     }
-    if (kinds.isolationWindows.size() > 1) {
+    // On level 1 a window says no more than which range of m/z was scanned.
+    if (msLevel > 1 && !selection.isolationMz && kinds.isolationWindows.size() > 1) {
         return QStringLiteral("%1 isolation windows, from m/z %2 to %3; choose the one around an "
                               "m/z with --isolation")
             .arg(kinds.isolationWindows.size())
@@ -83,7 +85,7 @@ Result<RunFile> openRunOfOneKind(const QString& path, const RunSelection& select
     Error e;
     ZEL_ASSIGN_OR_RETURN(const RunFile run, openRun(path, selection));
     ZEL_RETURN_IF_ERROR(checkHasMsLevel(run.get(), path, msLevel));
-    const QString mix = mixOf(run->scanKinds(msLevel));
+    const QString mix = mixOf(run->scanKinds(msLevel), selection, msLevel);
     if (!mix.isEmpty()) {
         ZEL_RETURN_ERROR(kBadParameterError,
                          QStringLiteral("%1 mixes, on MS level %2, %3")

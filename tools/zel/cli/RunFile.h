@@ -23,7 +23,8 @@ Result<RunFile> openRun(const QString& path, const msreader::RunSelection& selec
 
 /// The same for a command that adds up scans of this level, which must not be of several kinds.
 /// \return kBadParameterError when the run has none of the level, or a mix of polarities,
-/// compensation voltages or isolation windows; the message names the option that chooses
+/// compensation voltages or, of fragment scans, isolation windows; the message names the option
+/// that chooses
 Result<RunFile> openRunOfOneKind(const QString& path,
                                  const msreader::RunSelection& selection,
                                  int msLevel);
