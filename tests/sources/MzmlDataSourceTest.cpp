@@ -163,6 +163,15 @@ TEST_F(MzmlDataSourceTest, RepairsUnsortedAndFilledUpSpectraAndReadsEmptyOnes)
     }
 }
 
+TEST_F(MzmlDataSourceTest, ReadsOverInstructionsAndALongHead)
+{
+    MzmlSpectrum spectrum = spectrumOf(1, 1.0);
+    spectrum.scanParams = "<?note it's <odd?>";
+    QByteArray text = mzmlText({spectrum});
+    text.insert(text.indexOf("<mzML"), "<!--" + QByteArray(20'000, ' ') + "-->");
+    EXPECT_EQ(pointsOf(*open(text), 1).size(), 2);
+}
+
 TEST_F(MzmlDataSourceTest, TakesSpectraInOrderOfTimeWithAWarning)
 {
     const auto source = openRun({spectrumOf(1, 1.0),

@@ -16,7 +16,7 @@ namespace {
 
 namespace bio = boost::iostreams;
 
-constexpr qint64 kHeadSize = 1 << 14;
+constexpr qint64 kHeadSize = 1 << 16;
 constexpr qint64 kBlockSize = 1 << 18;
 constexpr std::streamsize kBufferSize = 1 << 16;
 constexpr qint64 kBytesPerMib = 1 << 20;

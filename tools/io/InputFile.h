@@ -25,7 +25,7 @@ public:
 
     const QString& path() const { return m_path; }
 
-    /// The first bytes, at most 16 KiB; they are not used up.
+    /// The first bytes, at most 64 KiB; they are not used up.
     const QByteArray& head() const { return m_head; }
 
     /// All bytes of a text. To be called once, and not with `toSeekable`.

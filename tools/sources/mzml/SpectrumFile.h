@@ -1,25 +1,12 @@
 #pragma once
 
-#include "common/ms_types/ScanInfo.h"
 #include "common/stable/Result.h"
+#include "tools/sources/mzml/SpectrumHeader.h"
 
 #include <memory>
 #include <span>
 
 namespace zel::msreader {
-
-/// What a file says of a spectrum, without its points.
-struct SpectrumHeader
-{
-    /// Without `scanId`, which is for the reader of the whole run to give, and without `nativeId`.
-    ScanInfo info;
-    PrecursorInfo precursor;
-    /// False for other things than mass spectra, such as those of a UV detector.
-    bool isMassSpectrum = true;
-    /// Whether `info.storedAs` stands in the file.
-    bool isKindStated = false;
-    qsizetype pointCount = 0;
-};
 
 /// The points of a spectrum as they lie in the file.
 struct SpectrumArrays

@@ -12,12 +12,15 @@ qsizetype XmlTags::follow(std::span<char> bytes)
             if (byte == bytes.end()) {
                 break;
             }
-        } else if (*byte == '<' && m_place != Place::Declaration) {
+        } else if (*byte == '<' && m_place != Place::Declaration && m_place != Place::Instruction) {
             return byte - bytes.begin();
         }
         const bool wasComment = isComment();
+        const bool wasInstruction = m_place == Place::Instruction;
         m_place = placeAfter(*byte);
-        if (wasComment && isComment() && *byte != '-') {
+        const bool isMark = *byte == '"' || *byte == '\'' || *byte == '<' || *byte == '>';
+        if ((wasComment && isComment() && *byte != '-') ||
+            (wasInstruction && m_place == Place::Instruction && isMark)) {
             *byte = ' ';
         }
     }
@@ -32,8 +35,8 @@ XmlTags::Place XmlTags::placeAfter(char byte)
     case Place::TagStart:
         m_length = 0;
         m_last = {};
-        if (byte == '!') {
-            return Place::Declaration;
+        if (byte == '!' || byte == '?') {
+            return byte == '!' ? Place::Declaration : Place::Instruction;
         }
         [[fallthrough]];
     case Place::Tag:
@@ -49,12 +52,13 @@ XmlTags::Place XmlTags::placeAfter(char byte)
     case Place::SingleQuoted:
         return byte == '\'' ? Place::Tag : Place::SingleQuoted;
     case Place::Declaration:
-        if (byte == '>' && endsDeclaration()) {
+    case Place::Instruction:
+        if (byte == '>' && endsHere()) {
             return Place::Text;
         }
         m_first = m_length++ == 0 ? byte : m_first;
         m_last = {m_last[1], byte};
-        return Place::Declaration;
+        break;
     }
     return m_place;
 }
@@ -64,9 +68,13 @@ bool XmlTags::isComment() const
     return m_place == Place::Declaration && m_length > 0 && m_first == '-';
 }
 
-/// Whether a ">" closes the declaration: a comment ends with "-->", a CDATA section with "]]>".
-bool XmlTags::endsDeclaration() const
+/// Whether a ">" closes the declaration or instruction: a comment ends with "-->", a CDATA section
+/// with "]]>", an instruction with "?>".
+bool XmlTags::endsHere() const
 {
+    if (m_place == Place::Instruction) {
+        return m_last[1] == '?';
+    }
     constexpr qsizetype shortestComment = 4; // "----"
     if (isComment()) {
         return m_length >= shortestComment && m_last == std::array{'-', '-'};

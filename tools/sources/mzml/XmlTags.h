@@ -11,7 +11,8 @@ namespace zel::msreader {
 /// value, where XML allows none: a quote or a ">" is missing before it.
 ///
 /// It may start anywhere. What comes before the first "<" is then not looked at. Comments become
-/// blanks, since libpwiz takes a quote or a ">" in one for more.
+/// blanks, and so do quotes and brackets in instructions ("<?...?>"), since libpwiz takes them for
+/// more.
 class XmlTags
 {
 public:
@@ -20,15 +21,23 @@ public:
     qsizetype follow(std::span<char> bytes);
 
 private:
-    enum class Place { Text, TagStart, Tag, DoubleQuoted, SingleQuoted, Declaration };
+    enum class Place {
+        Text,
+        TagStart,
+        Tag,
+        DoubleQuoted,
+        SingleQuoted,
+        Declaration, ///< "<!" and on
+        Instruction, ///< "<?" and on
+    };
 
     Place placeAfter(char byte);
     bool isComment() const;
-    bool endsDeclaration() const;
+    bool endsHere() const;
 
     Place m_place = Place::Text;
-    // Of a comment, a CDATA section or a document type, which begin with "<!":
-    qsizetype m_length = 0; ///< bytes after "<!"
+    // Of a declaration (a comment, a CDATA section or a document type) or an instruction:
+    qsizetype m_length = 0; ///< bytes after "<!" or "<?"
     char m_first = 0;
     std::array<char, 2> m_last{};
 };
