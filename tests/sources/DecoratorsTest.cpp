@@ -80,6 +80,10 @@ TEST_F(DecoratorsTest, StopWhenCanceledAndKeepTheFirstFailure)
     EXPECT_FALSE(watched.scanData(MsQuery(MsScanId(77), PeakPickingFilter::Profile)).isOk());
     EXPECT_TRUE(watched.xics(boxes).isOk());
     EXPECT_TRUE(watched.firstFailure().equals(kBadParameterError));
+
+    WatchedDataSource ofRequests(run, counter);
+    EXPECT_FALSE(ofRequests.xics(boxes, 1, PeakPickingFilter(7)).isOk());
+    EXPECT_TRUE(ofRequests.firstFailure().equals(kBadParameterError));
 }
 
 } // namespace zel::msreader

@@ -78,6 +78,13 @@ TEST_F(WatchToolTest, EndsOnSignalsAlsoInCallsThatCannotBeStopped)
     }
 }
 
+TEST_F(WatchToolTest, LeavesIgnoredSignalsIgnored)
+{
+    const QString line = text("mkfifo pipe; " ZEL_TOOL_PATH " info pipe & sleep 0.2; kill -INT $!;"
+                              "sleep 0.5; kill -TERM $!; wait $!"); // "&" ignores SIGINT
+    EXPECT_EQ(run(text("/bin/sh"), {text("-c"), line}, m_folder.path()).exitCode, 128 + SIGTERM);
+}
+
 TEST_F(WatchToolTest, SaysInALineWhereAnAnswerIsEmpty)
 {
     struct Case
@@ -105,9 +112,19 @@ TEST_F(WatchToolTest, SaysInALineWhereAnAnswerIsEmpty)
 
 TEST_F(WatchToolTest, DoesTheOtherRunsOfABatchAndNamesTheBadOnes)
 {
-    for (const char* line : {"info bad.mzML run.mzML",
-                             "features bad.mzML run.mzML -o out.dir",
-                             "targeted bad.mzML run.mzML --psms psms.tsv"}) {
+    QByteArray damaged = read(text("run.mzML"));
+    damaged.replace(damaged.indexOf("<binary>", damaged.size() / 2) + 8, 8, "        ");
+    write(text("unreadable.mzML"), damaged);
+    const Outcome unreadable = call("features unreadable.mzML run.mzML -o out.dir");
+    EXPECT_EQ(unreadable.exitCode, 1);
+    EXPECT_TRUE(unreadable.errors.contains(text("zel: unreadable.mzML: spectrum")))
+        << unreadable.errors.toStdString();
+
+    for (const char* line :
+         {"info bad.mzML run.mzML",
+          "features bad.mzML run.mzML -o out.dir",
+          "targeted bad.mzML run.mzML --psms psms.tsv",
+          "targeted bad.mzML run.mzML --psms psms.tsv --mode adaptive --diagrams d.html"}) {
         const Outcome outcome = call(line);
         EXPECT_EQ(outcome.exitCode, 1) << line;
         EXPECT_TRUE(outcome.output.contains(text("run"))) << line;

@@ -9,6 +9,8 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include <csignal>
+
 namespace zel::test {
 
 struct Outcome
@@ -56,6 +58,8 @@ struct BadCall
 class ZelTool : public ::testing::Test
 {
 protected:
+    ZelTool() { std::signal(SIGINT, SIG_DFL); } // which a shell's job in the background ignores
+
     QString path(const QString& name) const { return m_folder.filePath(name); }
 
     /// Runs the tool in the folder on the words of a line.

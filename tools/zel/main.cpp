@@ -25,17 +25,13 @@ using namespace zel;
 constexpr int kFailureExit = 1;
 constexpr int kUsageExit = 2;
 
-constexpr char kOutOfMemory[] = "There is not enough memory";
-
 /// Runs a command; what it throws becomes an Error, too.
 Error runCommand(const tool::CommandAction& action, const tool::CommandContext& context)
 {
     try {
         return action(context);
-    } catch (const std::bad_alloc&) {
-        return {kError, kOutOfMemory};
     } catch (const std::exception& problem) {
-        return {kError, problem.what()};
+        return {kError, tool::exceptionText(problem)};
     }
 }
 
@@ -61,7 +57,7 @@ Error flushStandardOutput()
             std::rethrow_exception(std::current_exception());
         }
     } catch (const std::bad_alloc&) {
-        std::fprintf(stderr, "zel: %s\n", kOutOfMemory);
+        std::fprintf(stderr, "zel: %s\n", tool::kOutOfMemory);
         std::_Exit(kFailureExit);
     } catch (...) {
     }

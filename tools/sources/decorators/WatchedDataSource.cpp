@@ -48,11 +48,11 @@ Result<QList<QPointF>> WatchedDataSource::scanData(const MsQuery& query)
         ZEL_RETURN_ERROR(kOperationCanceledError);
     }
     Result<QList<QPointF>> spectrum = source().scanData(query);
-    if (!spectrum.isOk()) {
-        m_firstFailure = m_firstFailure.hasError() ? m_firstFailure : spectrum.error();
-        return spectrum;
+    if (spectrum.isOk()) {
+        m_progress->scanRead();
+    } else {
+        noteFailure(spectrum.error());
     }
-    m_progress->scanRead();
     return spectrum;
 }
 
@@ -65,7 +65,12 @@ Result<QList<QList<QPointF>>> WatchedDataSource::xics(const QList<XicDimensions>
                                                       int msLevel,
                                                       PeakPickingFilter filter)
 {
-    return BulkXicExtractor(this).xic(dimensions, msLevel, filter, nullptr);
+    Result<QList<QList<QPointF>>> found =
+        BulkXicExtractor(this).xic(dimensions, msLevel, filter, nullptr);
+    if (!found.isOk()) {
+        noteFailure(found.error());
+    }
+    return found;
 }
 
 Result<QList<QPointF>> WatchedDataSource::basePeakPlot()
@@ -86,6 +91,13 @@ Result<QList<QPointF>> WatchedDataSource::basePeakPlot()
         m_basePeakPlot = plot;
     }
     return *m_basePeakPlot;
+}
+
+void WatchedDataSource::noteFailure(const Error& failure)
+{
+    if (!m_firstFailure.hasError() && !failure.equals(kOperationCanceledError)) {
+        m_firstFailure = failure;
+    }
 }
 
 } // namespace zel::msreader

@@ -27,7 +27,8 @@ public:
                       QSharedPointer<ScanProgress> progress);
     ~WatchedDataSource() override;
 
-    /// The first failure of reading, or kNoError. A cancellation is none.
+    /// The first failure of reading or of a request for chromatograms, or kNoError. A cancellation
+    /// is none.
     const Error& firstFailure() const { return m_firstFailure; }
 
     Result<QList<MsScanId>> scanIds(const MsQuery& query) override;
@@ -41,6 +42,8 @@ public:
     Result<QList<QPointF>> basePeakPlot() override;
 
 private:
+    void noteFailure(const Error& failure);
+
     QSharedPointer<ScanProgress> m_progress;
     Error m_firstFailure;
     std::optional<QList<QPointF>> m_basePeakPlot;

@@ -2,7 +2,24 @@
 
 #include "tools/zel/cli/Messages.h"
 
+#include <exception>
+
 namespace zel::tool {
+
+namespace {
+
+/// What a run throws, such as for want of memory, is a failure of this run only.
+Error tryRun(const std::string& file, const std::function<Error(const std::string&)>& work)
+{
+    try {
+        return work(file);
+    } catch (const std::exception& problem) {
+        return {kError,
+                QString::fromStdString(file) + QLatin1String(": ") + exceptionText(problem)};
+    }
+}
+
+} // namespace
 
 Batch::Batch(qsizetype runCount, const CommandContext& context)
     : m_runCount(runCount)
@@ -34,7 +51,8 @@ Error forEachRun(const std::vector<std::string>& files,
 {
     Batch batch(static_cast<qsizetype>(files.size()), context);
     for (const std::string& file : files) {
-        const Error e = isCanceled(context.progress) ? Error(kOperationCanceledError) : work(file);
+        const Error e =
+            isCanceled(context.progress) ? Error(kOperationCanceledError) : tryRun(file, work);
         if (e.hasError() && isCanceled(context.progress)) {
             ZEL_RETURN_ERROR(kOperationCanceledError);
         }

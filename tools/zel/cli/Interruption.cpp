@@ -33,10 +33,10 @@ sigset_t endingSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
-    sigaddset(&signals, SIGINT);
-    sigaddset(&signals, SIGTERM);
-    if (!isIgnored(SIGHUP)) {
-        sigaddset(&signals, SIGHUP);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        if (!isIgnored(signal)) {
+            sigaddset(&signals, signal);
+        }
     }
     return signals;
 }

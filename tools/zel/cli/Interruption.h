@@ -2,7 +2,8 @@
 
 namespace zel::tool {
 
-// How the tool ends on SIGINT (Ctrl-C), SIGTERM and SIGHUP (unless that is ignored, as by nohup).
+// How the tool ends on SIGINT (Ctrl-C), SIGTERM and SIGHUP. Those that its parent had it ignore, as
+// nohup and shell jobs do, stay ignored.
 //
 // The first signal asks the command to end: isInterrupted() becomes true, which progress sinks and
 // sources look at, and the command gives up all that is unfinished by itself. Where it cannot, as

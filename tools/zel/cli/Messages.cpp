@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <new>
 #include <string>
 
 namespace zel::tool {
@@ -9,16 +10,19 @@ namespace zel::tool {
 namespace {
 
 /// The text on one line that a terminal shows as it is; the middle of a long one is left out.
-QString shortLine(QString text)
+QString shortLine(const QString& text)
 {
-    constexpr qsizetype maxLength = 500;
-    constexpr qsizetype keptAtEnd = 150;
-    for (QChar& character : text) {
-        character = character.isPrint() ? character : QLatin1Char(' ');
+    constexpr std::size_t maxLength = 500;
+    constexpr std::size_t keptAtEnd = 150;
+    std::u32string line = text.toStdU32String();
+    for (char32_t& character : line) {
+        character = QChar::isPrint(character) ? character : U' ';
     }
-    return text.size() <= maxLength
-               ? text
-               : text.left(maxLength - keptAtEnd) + QStringLiteral(" ... ") + text.right(keptAtEnd);
+    if (line.size() > maxLength) {
+        line =
+            line.substr(0, maxLength - keptAtEnd) + U" ... " + line.substr(line.size() - keptAtEnd);
+    }
+    return QString::fromStdU32String(line);
 }
 
 } // namespace
@@ -37,6 +41,12 @@ QString failureText(const Error& error, bool verbose)
         return error.errorMessage();
     }
     return shortLine(error.message().isEmpty() ? error.errorMessage() : error.message());
+}
+
+QString exceptionText(const std::exception& problem)
+{
+    const bool isOfMemory = dynamic_cast<const std::bad_alloc*>(&problem) != nullptr;
+    return QString::fromUtf8(isOfMemory ? kOutOfMemory : problem.what());
 }
 
 } // namespace zel::tool

@@ -233,6 +233,7 @@ Result<RunFeatures> findFeatures(const FeaturesOptions& options,
     if (isCanceled(context.progress)) {
         ZEL_RETURN_ERROR(kOperationCanceledError);
     }
+    ZEL_RETURN_IF_ERROR(source->firstFailure()); // finders leave out what they cannot read
     found.counts = finder->counts();
     for (const MasterFeature& master : std::as_const(found.masters)) {
         found.chargeFeatures.append(master.chargeFeatures());

@@ -137,7 +137,9 @@ Error run(const TargetedOptions& options, const CommandContext& context)
     ZEL_RETURN_IF_ERROR(readMatches(options, &runs));
 
     ZEL_ASSIGN_OR_RETURN(const DiagramPage finderPage, DiagramPage::open(finderDiagrams));
-    ZEL_ASSIGN_OR_RETURN(const DiagramPage alignmentPage, DiagramPage::open(alignmentDiagrams));
+    ZEL_ASSIGN_OR_RETURN( // a run that is left alone has no page
+        const DiagramPage alignmentPage,
+        DiagramPage::open(runs.size() > 1 ? alignmentDiagrams : QString()));
     const Drawing drawing = {hashesToDraw(runs, options.maxDiagramIons),
                              finderPage.libraryPath(),
                              alignmentPage.libraryPath()};
