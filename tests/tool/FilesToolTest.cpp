@@ -48,12 +48,13 @@ TEST_F(FilesToolTest, ReadsThroughAPipeWhatItReadsFromAFile)
           "gzip -c w.tsv | zel xic run.mzML --windows /dev/stdin",
           "cat run.mzML | zel xic /dev/stdin --windows w.tsv",
           "gzip -c run.mzML | zel xic /dev/stdin --windows w.tsv",
-          "mkfifo f; cat run.mzML > f & zel xic f --turbo --windows w.tsv"}) {
+          "mkfifo f; cat run.mzML > f & zel xic f --turbo --cache kept --windows w.tsv"}) {
         SCOPED_TRACE(line);
         const Outcome outcome = shell(text(line));
         EXPECT_EQ(outcome.exitCode, 0) << outcome.errors.toStdString();
         EXPECT_EQ(outcome.output, expected);
     }
+    EXPECT_FALSE(QDir(path(text("kept"))).exists()) << "an index that nobody would find again";
 }
 
 TEST_F(FilesToolTest, RefusesWhatItCannotReadWithoutReadingItAll)
@@ -92,6 +93,7 @@ TEST_F(FilesToolTest, OverwritesNoInputAndNoOtherOutput)
         {"zel xic run.mzML --mz 400 -o same --plot \"$PWD/d/../same\"", "Two outputs"},
         {"zel xic run.mzML --mz 400 -o dangling --plot new.tsv", "Two outputs"},
         {"zel xic run.mzML --mz 400 --plot -", "Two outputs"},
+        {"zel xic run.mzML --mz 400 --write-config soft", "overwrite the input run.mzML"},
         {"zel xim run.mzML --frame 1 --mz 1-2 -o soft", "overwrite the input"},
         {"zel targeted run.mzML --psms w.tsv -o w.tsv", "overwrite the input w.tsv"},
         {"zel targeted run.mzML other.mzML --psms psms.tsv -o p.tsv --diagrams p.html",
@@ -135,6 +137,10 @@ TEST_F(FilesToolTest, ShowsNamesAsTheyAre)
     const Outcome targeted = shell(text("zel targeted '%2.mzML' --psms psms.tsv"));
     EXPECT_TRUE(targeted.errors.contains(text("%2: features for 1 of 1 ions")))
         << targeted.errors.toStdString();
+
+    const QString flask = QString::fromUtf8("\xF0\x9F\xA7\xAA"); // beyond the basic plane
+    const QString name = flask.repeated(60);
+    EXPECT_TRUE(shell(text("zel info %1").arg(name)).errors.contains(name));
 
     shell(text("cp run.mzML \"$(printf 'a\\tb.mzML')\""));
     const Outcome info = shell(text("zel info --tsv a*b.mzML"));

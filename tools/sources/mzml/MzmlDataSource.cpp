@@ -3,6 +3,7 @@
 #include "tools/sources/SpectrumUtils.h"
 
 #include <algorithm>
+#include <limits>
 #include <numeric>
 
 namespace zel::msreader {
@@ -49,7 +50,8 @@ qsizetype MzmlDataSource::largestPointCount(int msLevel) const
     for (const ScanIndex::Frame& frame : index().frames()) {
         qsizetype pointCount = 0;
         for (qsizetype i = frame.first; i < frame.first + frame.count; ++i) {
-            pointCount += m_stored[static_cast<std::size_t>(i)].pointCount;
+            const qsizetype announced = m_stored[static_cast<std::size_t>(i)].pointCount;
+            pointCount += std::clamp<qsizetype>(announced, 0, std::numeric_limits<int>::max());
         }
         if (index().record(frame.first).info.msLevel == msLevel) {
             largest = std::max(largest, pointCount);

@@ -1,6 +1,7 @@
 #include "tools/zel/cli/ToolOptions.h"
 
 #include "common/ms_types/MsReaderThreadPoolProvider.h"
+#include "tools/io/FileCheck.h"
 #include "tools/io/OutputFile.h"
 #include "tools/zel/cli/CommandDescription.h"
 #include "tools/zel/cli/CommandLine.h"
@@ -76,6 +77,26 @@ std::string configText(const CLI::App& tool)
     return text + configLines(command, description.options);
 }
 
+/// The files that are given to the tool or the command; not where the configuration goes.
+QStringList filesGivenTo(const CLI::App& app)
+{
+    const CommandDescription description = describe(app);
+    std::vector<OptionDescription> options = description.arguments;
+    options.insert(options.end(), description.options.begin(), description.options.end());
+    QStringList files;
+    for (const OptionDescription& option : options) {
+        if (option.value != "FILE" || option.name() == kWriteConfig) {
+            continue;
+        }
+        for (const std::string& path : app.get_option(option.name())->results()) {
+            if (path != "-") {
+                files.append(QString::fromStdString(path));
+            }
+        }
+    }
+    return files;
+}
+
 } // namespace
 
 void addToolOptions(CLI::App& tool, ToolOptions& options)
@@ -133,6 +154,8 @@ Error writeConfiguration(const CLI::App& tool, const ToolOptions& options)
     Error e;
     const QString path =
         options.writeConfig == "-" ? QString() : QString::fromStdString(options.writeConfig);
+    const QStringList named = filesGivenTo(tool) + filesGivenTo(*tool.get_subcommands().at(0));
+    ZEL_RETURN_IF_ERROR(io::checkFiles({named, {path}}));
     ZEL_ASSIGN_OR_RETURN(const auto output, io::OutputFile::openOrStandardOutput(path));
     *output << QByteArray::fromStdString(configText(tool));
     ZEL_RETURN_IF_ERROR(output->commit());

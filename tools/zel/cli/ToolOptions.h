@@ -26,7 +26,7 @@ void parseArguments(CLI::App& tool, int argc, const char* const* argv);
 void limitThreads(int count);
 
 /// Writes the options of the chosen command to --write-config, those that were not given as
-/// comments.
+/// comments. \return kBadParameterError where that is a file that the call names
 Error writeConfiguration(const CLI::App& tool, const ToolOptions& options);
 
 /// The one line that says what is wrong with the arguments, and where help is.

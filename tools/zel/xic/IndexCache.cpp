@@ -130,7 +130,7 @@ Result<RunIndex> indexOfRun(const TurboXicSettings& settings,
     const QString fingerprint = selection.isEmpty() ? ofFile : ofFile + u':' + selection;
     QString cachePath;
     CacheState state{CacheState::Absent, {}};
-    if (!cacheDirectory.isEmpty()) {
+    if (!cacheDirectory.isEmpty() && QFileInfo(runPath).isFile()) {
         cachePath = cachePathOf(cacheDirectory, runPath, fingerprint);
         state = tryLoad(cachePath, fingerprint, made.index.get());
         if (state.kind == CacheState::Loaded) {
@@ -140,8 +140,15 @@ Result<RunIndex> indexOfRun(const TurboXicSettings& settings,
     }
     ZEL_RETURN_IF_ERROR(made.index->init(source, fingerprint, progress));
     made.notes.append(e.warnings());
-    made.notes.append(cachePath.isEmpty() ? QStringLiteral("built the index in memory")
-                                          : keep(*made.index, cachePath, state));
+    if (!cachePath.isEmpty()) {
+        made.notes.append(keep(*made.index, cachePath, state));
+    } else if (cacheDirectory.isEmpty()) {
+        made.notes.append(QStringLiteral("built the index in memory"));
+    } else {
+        made.notes.append(QStringLiteral("built the index in memory: %1 is no file, so that its "
+                                         "index could not be found again")
+                              .arg(runPath));
+    }
     return made;
 }
 

@@ -23,7 +23,7 @@ struct RunIndex
 /// not meet, and copies of one run share theirs. A file that cannot be used, because it is damaged
 /// or was made with other settings, is replaced once the new index is written; one that cannot be
 /// read stays. Whatever is wrong with the folder, the index is built, and a note says what was
-/// wrong.
+/// wrong. Nothing is kept of a run that came through a pipe.
 /// \param cacheDirectory  empty: nothing is kept
 /// \param selection       RunSelection::name() of the source; each has an index of its own
 /// \param source          over the file that dataSourceInformation names

@@ -83,10 +83,9 @@ Result<IsotopeTarget> isotopeTargetOf(const XicOptions& options,
     return target;
 }
 
-/// \param largestScan  points of the largest MS1 scan
 Result<QList<NamedXic>> extract(const XicOptions& options,
                                 const QList<XicTarget>& targets,
-                                int largestScan,
+                                const msreader::MzmlDataSource& run,
                                 msreader::WatchedDataSource* source,
                                 const QSharedPointer<msreader::ScanProgress>& progress)
 {
@@ -98,7 +97,7 @@ Result<QList<NamedXic>> extract(const XicOptions& options,
         QStringList notes;
         auto xics = extractFromIndex(targets,
                                      {options.maxIonCount,
-                                      largestScan,
+                                      run.largestPointCount(1),
                                       QString::fromStdString(options.cache),
                                       options.selection.name()},
                                      source,
@@ -158,11 +157,7 @@ Error run(const XicOptions& options, const CommandContext& context)
                          openRunOfOneKind(path, options.selection, options.msLevel));
     const auto source = watched(run, context);
     ZEL_ASSIGN_OR_RETURN(const QList<NamedXic> xics,
-                         extract(options,
-                                 targets,
-                                 static_cast<int>(run->largestPointCount(1)),
-                                 source.get(),
-                                 context.progress));
+                         extract(options, targets, *run, source.get(), context.progress));
     if (isCanceled(context.progress)) { // not every road passes it on
         ZEL_RETURN_ERROR(kOperationCanceledError);
     }
@@ -224,7 +219,7 @@ void addIndexOptions(CLI::App& command, XicOptions& options)
         .add_option("--max-ions",
                     options.maxIonCount,
                     "Most peaks of a scan that the index keeps; all if not given")
-        ->check(isWholeNumber(1, 1'000'000))
+        ->check(isWholeNumber(1, kMostIons))
         ->needs(turbo);
     turbo->excludes(command.get_option("--profile"));
     turbo->excludes(command.get_option("--ms-level"));

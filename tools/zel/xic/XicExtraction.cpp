@@ -73,8 +73,8 @@ Result<QList<NamedXic>> extractFromIndex(const QList<XicTarget>& targets,
                                          QStringList* notes)
 {
     TurboXicSettings settings;
-    settings.maxIonCount =
-        std::max(1, options.maxIonCount > 0 ? options.maxIonCount : options.largestScan);
+    const qsizetype wanted = options.maxIonCount > 0 ? options.maxIonCount : options.largestScan;
+    settings.maxIonCount = static_cast<int>(std::clamp<qsizetype>(wanted, 1, kMostIons));
     if (settings.maxIonCount < options.largestScan) {
         notes->append(QStringLiteral("--max-ions %1 keeps the highest peaks only: the largest scan "
                                      "has %2 points")

@@ -24,13 +24,16 @@ Result<QList<NamedXic>> extractInBulk(const QList<XicTarget>& targets,
                                       msreader::WatchedDataSource* source,
                                       const QSharedPointer<ProgressBarInterface>& progress);
 
+/// Most peaks of a scan that an index keeps: it reserves room for as many in every scan.
+inline constexpr int kMostIons = 1'000'000;
+
 /// How an index is made.
 struct IndexOptions
 {
-    int maxIonCount = 0;    ///< most peaks kept of a scan; 0: all
-    int largestScan = 0;    ///< points of the largest MS1 scan
-    QString cacheDirectory; ///< where indexes are kept between runs; empty: nowhere
-    QString selection;      ///< RunSelection::name() of the source
+    int maxIonCount = 0;       ///< most peaks kept of a scan; 0: all, up to kMostIons
+    qsizetype largestScan = 0; ///< points that the largest MS1 scan announces
+    QString cacheDirectory;    ///< where indexes are kept between runs; empty: nowhere
+    QString selection;         ///< RunSelection::name() of the source
 };
 
 /// Out of an index of the run's MS1 centroids. Like the bulk road it gives the scans inside the
