@@ -7,8 +7,6 @@
 
 namespace zel {
 
-namespace {} // namespace
-
 PeptideSpectrumMatch::~PeptideSpectrumMatch() = default;
 
 double PeptideSpectrumMatch::scanTimeMinutes() const
