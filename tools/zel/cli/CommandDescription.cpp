@@ -116,7 +116,8 @@ std::vector<std::string> CommandDescription::groups() const
             found.push_back(option.group);
         }
     }
-    std::ranges::stable_partition(found, [](const auto& group) { return group != kUnreadGroup; });
+    std::stable_partition(
+        found.begin(), found.end(), [](const std::string& group) { return group != kUnreadGroup; });
     return found;
 }
 
