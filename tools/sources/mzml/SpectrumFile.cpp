@@ -120,7 +120,7 @@ public:
 };
 
 SpectrumFile::SpectrumFile(std::unique_ptr<Private> privateData)
-    : d(std::move(privateData))
+    : m_private(std::move(privateData))
 {}
 
 SpectrumFile::~SpectrumFile() = default;
@@ -140,14 +140,14 @@ Result<std::unique_ptr<SpectrumFile>> SpectrumFile::open(const QString& path)
                                                  .arg(QString::fromLatin1(root.end))));
     }
 
-    pw::MSData& data = opened->d->data;
+    pw::MSData& data = opened->m_private->data;
     const QString fault =
         faultOf([&data, &file, &root] { readRun(std::move(file), root.format, data); });
     if (!fault.isEmpty()) {
         ZEL_RETURN_ERROR(
             opened->formatError(QStringLiteral("its header cannot be read: %1").arg(fault)));
     }
-    if (data.run.spectrumListPtr == nullptr || data.run.spectrumListPtr->size() == 0) {
+    if (data.run.spectrumListPtr == nullptr || data.run.spectrumListPtr->empty()) {
         ZEL_RETURN_ERROR(opened->formatError(QStringLiteral("it contains no spectra")));
     }
     return opened;
@@ -155,25 +155,25 @@ Result<std::unique_ptr<SpectrumFile>> SpectrumFile::open(const QString& path)
 
 const QString& SpectrumFile::path() const
 {
-    return d->path;
+    return m_private->path;
 }
 
 qsizetype SpectrumFile::spectrumCount() const
 {
-    return static_cast<qsizetype>(d->spectra().size());
+    return static_cast<qsizetype>(m_private->spectra().size());
 }
 
 QString SpectrumFile::nativeId(qsizetype index) const
 {
     return QString::fromStdString(
-        d->spectra().spectrumIdentity(static_cast<std::size_t>(index)).id);
+        m_private->spectra().spectrumIdentity(static_cast<std::size_t>(index)).id);
 }
 
 Result<SpectrumHeader> SpectrumFile::readHeader(qsizetype index)
 {
     SpectrumHeader header;
     const QString fault = faultOf([this, index, &header] {
-        header = headerOf(*d->spectra().spectrum(static_cast<std::size_t>(index), false));
+        header = headerOf(*m_private->spectra().spectrum(static_cast<std::size_t>(index), false));
     });
     if (!fault.isEmpty()) {
         ZEL_RETURN_ERROR(
@@ -201,11 +201,11 @@ Result<SpectrumArrays> SpectrumFile::readArrays(qsizetype index, qsizetype point
         const pw::SpectrumPtr seed(new pw::Spectrum);
         seed->index = static_cast<std::size_t>(index);
         seed->defaultArrayLength = static_cast<std::size_t>(pointCount);
-        d->current = d->spectra().spectrum(seed, true);
+        m_private->current = m_private->spectra().spectrum(seed, true);
         const cv::CVID mobilityArray = cv::cvTermInfo(kMobilityArrayAccession).cvid;
-        arrays = {spanOf(d->current->getMZArray()),
-                  spanOf(d->current->getIntensityArray()),
-                  spanOf(d->current->getArrayByCVID(mobilityArray))};
+        arrays = {spanOf(m_private->current->getMZArray()),
+                  spanOf(m_private->current->getIntensityArray()),
+                  spanOf(m_private->current->getArrayByCVID(mobilityArray))};
     });
     if (!fault.isEmpty()) {
         if (pointCount == 0) {
@@ -232,7 +232,7 @@ Result<SpectrumArrays> SpectrumFile::readArrays(qsizetype index, qsizetype point
 
 Error SpectrumFile::formatError(const QString& what) const
 {
-    return Error(kFileFormatError, QStringLiteral("%1: %2").arg(d->path, what));
+    return Error(kFileFormatError, QStringLiteral("%1: %2").arg(m_private->path, what));
 }
 
 Error SpectrumFile::formatError(qsizetype index, const QString& what) const

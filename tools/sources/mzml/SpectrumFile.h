@@ -59,9 +59,9 @@ public:
 private:
     class Private;
 
-    explicit SpectrumFile(std::unique_ptr<Private> d);
+    explicit SpectrumFile(std::unique_ptr<Private> privateData);
 
-    std::unique_ptr<Private> d;
+    std::unique_ptr<Private> m_private;
 };
 
 } // namespace zel::msreader

@@ -35,6 +35,7 @@ void describeValue(const CLI::Option& option, OptionDescription& description)
 std::vector<std::string> sortedNames(const std::set<CLI::Option*>& options)
 {
     std::vector<std::string> names;
+    names.reserve(options.size());
     for (const CLI::Option* const option : options) {
         names.push_back(option->get_name());
     }
